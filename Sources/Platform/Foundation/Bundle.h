@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Platform/Foundation/Object.h"
+#include "Platform/Foundation/Value.h"
+
+#include <optional>
+#include <string>
+
+namespace NS {
+
+/// A folder of code and resources (NSBundle). Safe from any thread.
+class Bundle : public Object {
+public:
+    /// The bundle around the running executable; its folder, when the executable stands in no bundle.
+    static Bundle mainBundle();
+
+    std::optional<std::string> bundleIdentifier() const;
+    /// The bundle's folder as an absolute path.
+    std::string bundlePath() const;
+    /// A value of the bundle's Info.plist.
+    std::optional<Value> objectForInfoDictionaryKey(const std::string& key) const;
+
+    using Object::Object;
+};
+
+} // namespace NS

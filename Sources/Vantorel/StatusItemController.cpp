@@ -1,0 +1,99 @@
+#include "StatusItemController.h"
+
+#include "L10n.h"
+#include "Platform/AppKit/Application.h"
+#include "StatusIcons.h"
+
+#include <utility>
+
+std::shared_ptr<StatusItemController> StatusItemController::create(std::shared_ptr<SleepGuard> sleepGuard) {
+    std::shared_ptr<StatusItemController> controller(new StatusItemController(std::move(sleepGuard)));
+    controller->connect();
+    return controller;
+}
+
+StatusItemController::StatusItemController(std::shared_ptr<SleepGuard> sleepGuard)
+    : statusItem_(NS::StatusBar::systemStatusBar().statusItemWithLength(NS::squareStatusItemLength)),
+      sleepGuard_(std::move(sleepGuard)) {}
+
+void StatusItemController::connect() {
+    statusItem_.setBehavior(NS::StatusItemBehavior::None);
+    if (auto button = statusItem_.button()) {
+        button.setAction([weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->statusItemClicked();
+            }
+        });
+        button.sendActionOn(NS::EventMask::LeftMouseUp | NS::EventMask::RightMouseUp);
+    }
+    sleepGuard_->onChange = [weak = weak_from_this()](bool) {
+        if (const auto self = weak.lock()) {
+            self->refreshIcon();
+        }
+    };
+    refreshIcon();
+}
+
+// The tooltip keeps its language until the next change of state, unlike the menu, which is new at each opening.
+void StatusItemController::refreshIcon() {
+    auto button = statusItem_.button();
+    if (!button) {
+        return;
+    }
+    const bool active = sleepGuard_->isActive();
+    button.setImage(active ? StatusIcons::filled() : StatusIcons::outline());
+    button.setToolTip(L10n::t(active ? "menu.statusOn" : "menu.statusOff"));
+}
+
+void StatusItemController::statusItemClicked() {
+    const auto event = NS::Application::sharedApplication().currentEvent();
+    const bool wantsMenu = event && (event->type == NS::EventType::RightMouseUp ||
+                                     contains(event->modifierFlags, NS::EventModifierFlags::Control));
+    if (!wantsMenu) {
+        toggleFromMenu();
+        return;
+    }
+    statusItem_.setMenu(buildMenu());
+    if (auto button = statusItem_.button()) {
+        button.performClick();
+    }
+    statusItem_.setMenu(NS::Menu()); // so that the next click reaches this action again
+}
+
+NS::Menu StatusItemController::buildMenu() {
+    const bool active = sleepGuard_->isActive();
+    const auto calling = [weak = weak_from_this()](void (StatusItemController::*action)()) {
+        return [weak, action] {
+            if (const auto self = weak.lock()) {
+                (self.get()->*action)();
+            }
+        };
+    };
+
+    NS::MenuItem stateLine(L10n::t(active ? "menu.statusOn" : "menu.statusOff"), nullptr, "");
+    stateLine.setEnabled(false);
+
+    auto menu = NS::Menu::menu();
+    menu.addItem(stateLine);
+    menu.addItem(NS::MenuItem::separatorItem());
+    menu.addItem(NS::MenuItem(L10n::t(active ? "menu.turnOff" : "menu.turnOn"),
+                              calling(&StatusItemController::toggleFromMenu), ""));
+    menu.addItem(NS::MenuItem(L10n::t("menu.settings"), calling(&StatusItemController::openSettings), ","));
+    menu.addItem(NS::MenuItem::separatorItem());
+    menu.addItem(NS::MenuItem(
+        L10n::t("menu.quit"), [] { NS::Application::sharedApplication().terminate(); }, "q"));
+    return menu;
+}
+
+void StatusItemController::toggleFromMenu() {
+    if (onManualToggle) {
+        onManualToggle();
+    }
+    sleepGuard_->toggle();
+}
+
+void StatusItemController::openSettings() {
+    if (onOpenSettings) {
+        onOpenSettings();
+    }
+}
