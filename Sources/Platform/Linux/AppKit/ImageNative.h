@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Platform/Foundation/Geometry.h"
+#include "Platform/Linux/Native.h"
+
+#include <QColor>
+#include <QImage>
+#include <functional>
+
+namespace NS {
+
+struct ImageNative : Native {
+    Size size;
+    bool isTemplate = false;
+    std::function<bool(const Rect&)> handler;
+
+    /// The picture at `scale` pixels a point, transparent where nothing is drawn. A template takes the colour `tint`.
+    QImage render(double scale, const QColor& tint) const;
+};
+
+} // namespace NS

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Platform/AppKit/StatusItem.h"
+#include "Platform/Linux/AppKit/ImageNative.h"
+#include "Platform/Linux/Native.h"
+
+#include <QPoint>
+#include <QString>
+#include <functional>
+#include <memory>
+
+namespace NS {
+
+/// What shows a status item in the session's bar, and brings it the user's clicks. It lives as long as its item.
+class StatusItemPresenter {
+public:
+    virtual ~StatusItemPresenter() = default;
+    virtual void imageChanged() = 0;
+    virtual void toolTipChanged() = 0;
+};
+
+struct StatusItemNative : Native, std::enable_shared_from_this<StatusItemNative> {
+    double length = 0;
+    StatusItemBehavior behavior = StatusItemBehavior::None;
+    std::shared_ptr<ImageNative> image;
+    QString toolTip;
+    std::function<void()> action;
+    EventMask mask = EventMask::LeftMouseUp;
+    Menu menu;
+    std::unique_ptr<StatusItemPresenter> presenter;
+
+    /// The user released a mouse button over the item. Runs the action when the mask has the event. `where` is on the
+    /// screen, in logical pixels: the menu opens there.
+    void mouseUp(const Event& event, const QPoint& where);
+    /// Opens the menu where the last click was and returns when it has closed; without a menu, runs the action.
+    void performClick();
+
+private:
+    QPoint lastClick_;
+};
+
+/// The presenter of this session: by StatusNotifierItem where a host is registered, in the X11 tray otherwise,
+/// changing over when that changes.
+std::unique_ptr<StatusItemPresenter> makeStatusItemPresenter(StatusItemNative& item);
+
+} // namespace NS
