@@ -2,5 +2,5 @@
 add_library(Warnings INTERFACE)
 target_compile_options(Warnings INTERFACE
     -Wall -Wextra -Wpedantic -Werror
-    -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
-    -Wold-style-cast -Wcast-qual -Wformat=2 -Wimplicit-fallthrough -Wnull-dereference -Wundef)
+    $<IF:$<CXX_COMPILER_ID:GNU>,-Wshadow=local,-Wshadow> -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wold-style-cast -Wcast-qual -Wformat=2 -Wimplicit-fallthrough -Wundef)

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "Platform/AppKit/Event.h"
+#include "Platform/AppKit/Window.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Foundation/Object.h"
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace NS {
 
@@ -39,6 +41,9 @@ public:
 
     /// The event being handled, if one is.
     std::optional<Event> currentEvent() const;
+
+    /// The windows there are, shown or not.
+    std::vector<Window> windows() const;
 
     void activateIgnoringOtherApps(bool ignoring);
 

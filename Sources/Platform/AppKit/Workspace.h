@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Platform/Foundation/NotificationCenter.h"
+#include "Platform/Foundation/Object.h"
+
+#include <string>
+
+namespace NS {
+
+/// Posted on the workspace's own centre when the machine has woken from sleep.
+const std::string& WorkspaceDidWakeNotification();
+
+/// What the desktop tells its applications (NSWorkspace).
+class Workspace : public Object {
+public:
+    static Workspace sharedWorkspace();
+
+    NotificationCenter notificationCenter() const;
+
+    using Object::Object;
+};
+
+} // namespace NS

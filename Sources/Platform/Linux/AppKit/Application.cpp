@@ -1,0 +1,129 @@
+#include "Platform/AppKit/Application.h"
+
+#include "Platform/Foundation/Bundle.h"
+#include "Platform/Foundation/Log.h"
+#include "Platform/Foundation/UserDefaults.h"
+#include "Platform/Linux/AppKit/ApplicationNative.h"
+#include "Platform/Linux/AppKit/TerminationSignals.h"
+#include "Platform/Linux/AppKit/WindowNative.h"
+#include "Platform/Linux/Native.h"
+
+#include <QApplication>
+#include <QSessionManager>
+#include <cstdlib>
+#include <exception>
+
+namespace NS {
+
+namespace {
+
+std::optional<Event> currentEventOfApplication;
+
+// Qt would end the process by a crash.
+void requireDisplay() {
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+        return;
+    }
+    if (qEnvironmentVariableIsSet("DISPLAY")) { // with a Wayland session too: a menu can be placed at the cup
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    } else if (!qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
+        Log("no display: DISPLAY and WAYLAND_DISPLAY are unset");
+        std::exit(EXIT_FAILURE);
+    }
+}
+
+QApplication* makeApplication() {
+    requireDisplay();
+    static int argc = 1;
+    static char name[] = "";
+    static char* argv[] = {name, nullptr};
+    auto* application = new QApplication(argc, argv);
+    application->setQuitOnLastWindowClosed(false);
+    const auto bundle = Bundle::mainBundle();
+    if (const auto title = bundle.objectForInfoDictionaryKey("CFBundleName"); title && title->string()) {
+        application->setApplicationName(QString::fromStdString(*title->string()));
+    }
+    application->setDesktopFileName(QString::fromStdString(bundle.bundleIdentifier().value_or("")));
+    // The login item decides whether we start with the session, not the session manager's memory of the last one.
+    QObject::connect(application, &QGuiApplication::saveStateRequest,
+                     [](QSessionManager& session) { session.setRestartHint(QSessionManager::RestartNever); });
+    return application;
+}
+
+struct ApplicationNative : Native {
+    // Never destroyed: handles that live as long as the process still need it.
+    QApplication* const application = makeApplication();
+    ApplicationActivationPolicy policy = ApplicationActivationPolicy::Regular;
+    std::weak_ptr<ApplicationDelegate> delegate;
+};
+
+ApplicationNative& native(const Application& application) {
+    return Bridge::native<ApplicationNative>(application);
+}
+
+} // namespace
+
+CurrentEvent::CurrentEvent(const Event& event) : outer_(std::exchange(currentEventOfApplication, event)) {}
+
+CurrentEvent::~CurrentEvent() {
+    currentEventOfApplication = outer_;
+}
+
+Application& Application::sharedApplication() {
+    static Application application = Bridge::handle<Application>(std::make_shared<ApplicationNative>());
+    return application;
+}
+
+bool Application::setActivationPolicy(ApplicationActivationPolicy policy) {
+    native(*this).policy = policy; // without a window of its own an application has no place in the task bar anyway
+    return true;
+}
+
+ApplicationActivationPolicy Application::activationPolicy() const {
+    return native(*this).policy;
+}
+
+void Application::setDelegate(const std::shared_ptr<ApplicationDelegate>& delegate) {
+    native(*this).delegate = delegate;
+}
+
+void Application::run() {
+    auto& self = native(*this);
+    const TerminationSignals signals([this] { terminate(); });
+    QMetaObject::invokeMethod(
+        self.application,
+        [&self] {
+            if (const auto delegate = self.delegate.lock()) {
+                delegate->applicationDidFinishLaunching({"NSApplicationDidFinishLaunchingNotification"});
+            }
+        },
+        Qt::QueuedConnection);
+    QApplication::exec();
+    if (const auto delegate = self.delegate.lock()) {
+        delegate->applicationWillTerminate({"NSApplicationWillTerminateNotification"});
+    }
+    UserDefaults::standardUserDefaults().synchronize();
+}
+
+// Not quit(), which a window that must not be closed would refuse.
+void Application::terminate() {
+    QCoreApplication::exit(EXIT_SUCCESS);
+}
+
+std::optional<Event> Application::currentEvent() const {
+    return currentEventOfApplication;
+}
+
+std::vector<Window> Application::windows() const {
+    std::vector<Window> windows;
+    for (const auto& window : WindowNative::all()) {
+        if (auto shared = window.lock()) {
+            windows.push_back(Bridge::handle<Window>(std::move(shared)));
+        }
+    }
+    return windows;
+}
+
+void Application::activateIgnoringOtherApps(bool) {} // a desktop activates windows, one by one
+
+} // namespace NS

@@ -1,0 +1,89 @@
+#include "Platform/AppKit/Button.h"
+
+#include "Platform/Linux/AppKit/ViewNative.h"
+
+#include <QPushButton>
+#include <QRadioButton>
+#include <QShortcut>
+
+namespace NS {
+
+namespace {
+
+struct ButtonNative : ViewNative {
+    explicit ButtonNative(QAbstractButton* button) : ViewNative(button), button(button) {
+        QObject::connect(button, &QAbstractButton::clicked, button, [this] { sendAction(); });
+    }
+
+    QPointer<QAbstractButton> button;
+    BezelStyle bezelStyle = BezelStyle::Rounded;
+    QString keyEquivalent;
+
+    void press() const { button->animateClick(); }
+};
+
+ButtonNative& native(const Button& button) {
+    return Bridge::native<ButtonNative>(button);
+}
+
+Button wrap(QAbstractButton* widget, std::function<void()> action) {
+    auto native = std::make_shared<ButtonNative>(widget);
+    native->action = std::move(action);
+    return Bridge::handle<Button>(std::move(native));
+}
+
+} // namespace
+
+Button Button::buttonWithTitle(const std::string& title, std::function<void()> action) {
+    return wrap(new QPushButton(QString::fromStdString(title)), std::move(action));
+}
+
+Button Button::radioButtonWithTitle(const std::string& title, std::function<void()> action) {
+    // Radio buttons exclude each other among the children of one widget, as they do in one superview.
+    return wrap(new QRadioButton(QString::fromStdString(title)), std::move(action));
+}
+
+std::string Button::title() const {
+    return native(*this).button->text().toStdString();
+}
+
+void Button::setState(ControlStateValue state) {
+    native(*this).button->setChecked(state == ControlStateValue::On);
+}
+
+ControlStateValue Button::state() const {
+    return native(*this).button->isChecked() ? ControlStateValue::On : ControlStateValue::Off;
+}
+
+void Button::setBezelStyle(BezelStyle style) {
+    native(*this).bezelStyle = style; // a desktop has one look for push buttons: its own
+}
+
+BezelStyle Button::bezelStyle() const {
+    return native(*this).bezelStyle;
+}
+
+void Button::setKeyEquivalent(const std::string& key) {
+    auto& self = native(*this);
+    self.keyEquivalent = QString::fromStdString(key);
+    if (key != "\r") {
+        return;
+    }
+    for (const Qt::Key pressed : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto* shortcut = new QShortcut(QKeySequence(pressed), self.button);
+        QObject::connect(shortcut, &QShortcut::activated, self.button, [&self] { self.press(); });
+    }
+    if (auto* push = qobject_cast<QPushButton*>(self.button)) {
+        push->setDefault(true);
+    }
+}
+
+std::string Button::keyEquivalent() const {
+    return native(*this).keyEquivalent.toStdString();
+}
+
+void Button::performClick() {
+    native(*this).button->click();
+}
+
+} // namespace NS

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Platform/AppKit/Color.h"
+#include "Platform/Linux/Native.h"
+
+#include <QColor>
+
+class QPalette;
+
+namespace NS {
+
+struct ColorNative : Native {
+    enum class Kind { Fixed, Label, SecondaryLabel, TertiaryLabel };
+
+    Kind kind = Kind::Fixed;
+    QColor fixed;
+
+    /// The colour as it is under `palette`: the system's colours follow it.
+    QColor resolved(const QPalette& palette) const;
+};
+
+} // namespace NS

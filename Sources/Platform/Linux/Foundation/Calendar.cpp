@@ -1,0 +1,145 @@
+#include "Platform/Linux/Foundation/CalendarNative.h"
+#include "Platform/Linux/Foundation/SystemTimeZone.h"
+
+#include <QDateTime>
+#include <cmath>
+#include <limits>
+
+namespace NS {
+
+namespace {
+
+// Instants are whole seconds since 1970 in UTC, readings of the local clock whole seconds since 1970 on that clock.
+using Seconds = qint64;
+
+constexpr Seconds minute = 60;
+constexpr Seconds hour = 60 * minute;
+constexpr Seconds day = 24 * hour;
+constexpr Seconds never = std::numeric_limits<Seconds>::max();
+
+// Some thirty thousand years either way: sums of seconds are far from overflowing, and so are Qt's milliseconds.
+constexpr double farthest = 1e12;
+
+std::optional<Seconds> wholeSeconds(const Date& date) {
+    const double seconds = date.timeIntervalSince1970();
+    if (!(std::abs(seconds) <= farthest)) { // nor is what is no number
+        return {};
+    }
+    return static_cast<Seconds>(std::floor(seconds));
+}
+
+Date dateOf(Seconds instant) {
+    return Date::dateWithTimeIntervalSince1970(static_cast<double>(instant));
+}
+
+Seconds timeOfDay(Seconds reading) {
+    return (reading % day + day) % day;
+}
+
+/// The first reading from `earliest` on that shows `time`.
+Seconds readingFrom(Seconds earliest, Seconds time) {
+    return earliest + timeOfDay(time - earliest);
+}
+
+bool isBelow(Seconds end, const std::optional<long>& number) {
+    return number && *number >= 0 && *number < end;
+}
+
+// Unlike elsewhere, what is unset here does not stand for anything: without all three there is no time of day.
+std::optional<Seconds> timeNamedBy(const DateComponents& components) {
+    if (!isBelow(24, components.hour) || !isBelow(60, components.minute) || !isBelow(60, components.second)) {
+        return {};
+    }
+    return *components.hour * hour + *components.minute * minute + *components.second;
+}
+
+Seconds offsetAt(const QTimeZone& zone, Seconds instant) {
+    return zone.offsetFromUtc(QDateTime::fromMSecsSinceEpoch(instant * 1000, Qt::UTC));
+}
+
+Seconds nextChange(const QTimeZone& zone, Seconds instant) {
+    const auto change = zone.nextTransition(QDateTime::fromMSecsSinceEpoch(instant * 1000, Qt::UTC)).atUtc;
+    return change.isValid() ? change.toSecsSinceEpoch() : never;
+}
+
+/// The first instant after `after` at which the clock shows `time`, or at which it has just skipped that: `admits` says
+/// which readings count. A skipped day takes its times with it, so that those of the next one count.
+template <class Admits>
+Seconds firstInstant(const QTimeZone& zone, Seconds after, Seconds time, Admits admits) {
+    const auto next = [time, admits](Seconds earliest) {
+        Seconds reading = readingFrom(earliest, time);
+        while (!admits(reading)) {
+            reading += day;
+        }
+        return reading;
+    };
+    Seconds offset = offsetAt(zone, after);
+    Seconds change = nextChange(zone, after);
+    for (Seconds from = after + 1;;) {
+        if (const Seconds instant = next(from + offset) - offset; instant < change) {
+            return instant;
+        }
+        const Seconds newOffset = offsetAt(zone, change);
+        if (newOffset - offset < day && next(change + offset) < change + newOffset) {
+            return change;
+        }
+        from = change;
+        offset = newOffset;
+        change = nextChange(zone, change);
+    }
+}
+
+/// The first instant of the local day of `instant`.
+Seconds startOfDay(const QTimeZone& zone, Seconds instant) {
+    const Seconds reading = instant + offsetAt(zone, instant);
+    const Seconds midnight = reading - timeOfDay(reading);
+    const auto isFromThatDay = [midnight](Seconds other) { return other >= midnight; };
+    // A day can be two days long: so it was where the date line was moved across a place.
+    return firstInstant(zone, instant - 2 * day, 0, isFromThatDay);
+}
+
+} // namespace
+
+Calendar Calendar::currentCalendar() {
+    return Bridge::handle<Calendar>(std::make_shared<CalendarNative>(systemTimeZone()));
+}
+
+std::optional<Date> Calendar::nextDateAfterDate(const Date& date, const DateComponents& components) const {
+    const auto start = wholeSeconds(date);
+    const auto time = timeNamedBy(components);
+    if (!start || !time) {
+        return {};
+    }
+    const auto& zone = Bridge::native<CalendarNative>(*this).zone;
+    // From the second in which the clock shows a time, the same reading an hour later is passed over: a timer that
+    // fires when it is due is not armed for the repetition.
+    const auto isAnother = [shown = *start + offsetAt(zone, *start)](Seconds reading) { return reading != shown; };
+    return dateOf(firstInstant(zone, *start, *time, isAnother));
+}
+
+std::optional<Date> Calendar::dateBySettingHour(long hour, long minute, long second, const Date& date) const {
+    const auto instant = wholeSeconds(date);
+    const auto time = timeNamedBy({hour, minute, second});
+    if (!instant || !time) {
+        return {};
+    }
+    const auto& zone = Bridge::native<CalendarNative>(*this).zone;
+    const Seconds start = startOfDay(zone, *instant);
+    // What the clock skipped before it showed `opening` counts from just before the day; a later time does not: where
+    // it was yesterday's last hour that was skipped, today still has it to come.
+    const Seconds opening = timeOfDay(start + offsetAt(zone, start));
+    const auto any = [](Seconds) { return true; };
+    return dateOf(firstInstant(zone, *time > opening ? start : start - 1, *time, any));
+}
+
+DateComponents Calendar::hourAndMinuteOfDate(const Date& date) const {
+    const auto instant = wholeSeconds(date);
+    if (!instant) {
+        return {};
+    }
+    const auto& zone = Bridge::native<CalendarNative>(*this).zone;
+    const Seconds time = timeOfDay(*instant + offsetAt(zone, *instant));
+    return {time / hour, time % hour / minute, {}};
+}
+
+} // namespace NS

@@ -1,0 +1,149 @@
+#include "Platform/Linux/Foundation/Files.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace NS {
+
+namespace {
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+std::filesystem::path homeFolder() {
+    if (const char* home = std::getenv("HOME"); home && *home) {
+        return home;
+    }
+    const passwd* user = getpwuid(getuid());
+    return user ? user->pw_dir : "/";
+}
+
+std::error_code readAll(int descriptor, std::string& bytes) {
+    char buffer[16384];
+    while (bytes.size() <= largestFile) {
+        const ssize_t count = read(descriptor, buffer, sizeof buffer);
+        if (count == 0) {
+            return {};
+        }
+        if (count > 0) {
+            bytes.append(buffer, static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return lastError();
+        }
+    }
+    return make_error_code(std::errc::file_too_large);
+}
+
+std::error_code writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(descriptor, bytes.data(), bytes.size());
+        if (count >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno != EINTR) {
+            return lastError();
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+std::filesystem::path configFolder() {
+    const char* folder = std::getenv("XDG_CONFIG_HOME");
+    if (folder && *folder == '/') { // a relative path there counts for nothing
+        return folder;
+    }
+    return homeFolder() / ".config";
+}
+
+Descriptor::~Descriptor() {
+    if (number_ >= 0) {
+        close(number_);
+    }
+}
+
+std::error_code readFile(const std::filesystem::path& file, std::string& bytes) {
+    // Without O_NONBLOCK a pipe in the file's place would hold us until somebody writes.
+    const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status = {};
+    if (!descriptor || fstat(descriptor.number(), &status) != 0) {
+        return lastError();
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return make_error_code(std::errc::invalid_argument);
+    }
+    return readAll(descriptor.number(), bytes);
+}
+
+std::error_code makeFolders(const std::filesystem::path& folder) {
+    if (mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) {
+        return {};
+    }
+    if (errno != ENOENT || !folder.has_relative_path()) {
+        return lastError();
+    }
+    if (const auto error = makeFolders(folder.parent_path())) {
+        return error;
+    }
+    return mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST ? std::error_code() : lastError();
+}
+
+FolderLock::FolderLock(const std::filesystem::path& folder)
+    : folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)), error_(folder_ ? lock() : lastError()) {}
+
+std::error_code FolderLock::lock() {
+    using namespace std::chrono_literals;
+    const auto deadline = std::chrono::steady_clock::now() + 1s;
+    while (flock(folder_.number(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR) {
+            return {}; // network file systems refuse to lock folders: better unlocked than never stored
+        }
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return make_error_code(std::errc::timed_out);
+        }
+        std::this_thread::sleep_for(1ms);
+    }
+    return {};
+}
+
+FileReplacement::FileReplacement(const std::filesystem::path& file, mode_t mode)
+    : file_(file), side_(file.native() + ".new"), mode_(mode) {}
+
+FileReplacement::~FileReplacement() {
+    if (pending_) {
+        unlink(side_.c_str());
+    }
+}
+
+std::error_code FileReplacement::write(std::string_view bytes) {
+    unlink(side_.c_str()); // what a killed process left
+    const Descriptor descriptor(open(side_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode_));
+    if (!descriptor) {
+        return lastError();
+    }
+    pending_ = true;
+    if (const auto error = writeAll(descriptor.number(), bytes)) {
+        return error;
+    }
+    return fsync(descriptor.number()) == 0 ? std::error_code() : lastError();
+}
+
+std::error_code FileReplacement::commit() {
+    if (rename(side_.c_str(), file_.c_str()) != 0) {
+        return lastError();
+    }
+    pending_ = false;
+    const Descriptor folder(open(file_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    fsync(folder.number()); // if this fails, the old contents may come back after a power cut, but whole
+    return {};
+}
+
+} // namespace NS

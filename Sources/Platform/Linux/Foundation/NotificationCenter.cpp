@@ -1,0 +1,89 @@
+#include "Platform/Foundation/NotificationCenter.h"
+
+#include "Platform/Linux/Native.h"
+
+#include <algorithm>
+#include <atomic>
+#include <iterator>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace NS {
+
+namespace {
+
+struct Registration {
+    std::string name;
+    std::function<void(const Notification&)> block;
+    std::atomic<bool> isRemoved = false;
+};
+
+/// Weak, so that a handle that is kept after the removal does not keep the block.
+struct ObserverNative : Native {
+    std::weak_ptr<Registration> registration;
+};
+
+struct NotificationCenterNative : Native {
+    std::mutex mutex; // guards what follows; never held while foreign code runs
+    std::vector<std::shared_ptr<Registration>> registrations;
+
+    std::vector<std::shared_ptr<Registration>> registrationsFor(const std::string& name) {
+        const std::lock_guard guard(mutex);
+        std::vector<std::shared_ptr<Registration>> result;
+        std::copy_if(registrations.begin(), registrations.end(), std::back_inserter(result),
+                     [&](const auto& registration) { return registration->name == name; });
+        return result;
+    }
+};
+
+NotificationCenterNative& native(const NotificationCenter& center) {
+    return Bridge::native<NotificationCenterNative>(center);
+}
+
+} // namespace
+
+NotificationCenter NotificationCenter::defaultCenter() {
+    // Never destroyed: threads may still post while the process ends.
+    static const auto& center =
+        *new NotificationCenter(Bridge::handle<NotificationCenter>(std::make_shared<NotificationCenterNative>()));
+    return center;
+}
+
+Observer NotificationCenter::addObserverForName(const std::string& name,
+                                                std::function<void(const Notification&)> block) {
+    auto registration = std::make_shared<Registration>();
+    registration->name = name;
+    registration->block = std::move(block);
+    auto observer = std::make_shared<ObserverNative>();
+    observer->registration = registration;
+
+    auto& center = native(*this);
+    const std::lock_guard guard(center.mutex);
+    center.registrations.push_back(std::move(registration));
+    return Bridge::handle<Observer>(std::move(observer));
+}
+
+void NotificationCenter::removeObserver(const Observer& observer) {
+    // Held until after the lock is given back: the block's destruction may run anything.
+    const auto registration = observer ? Bridge::native<ObserverNative>(observer).registration.lock() : nullptr;
+    if (!registration) {
+        return;
+    }
+    registration->isRemoved = true;
+    auto& center = native(*this);
+    const std::lock_guard guard(center.mutex);
+    std::erase(center.registrations, registration);
+}
+
+void NotificationCenter::postNotificationName(const std::string& name) {
+    const Notification notification{name};
+    for (const auto& registration : native(*this).registrationsFor(name)) {
+        if (!registration->isRemoved) { // perhaps by one of the blocks before it
+            registration->block(notification);
+        }
+    }
+}
+
+} // namespace NS

@@ -1,0 +1,201 @@
+#include "Platform/Foundation/UserDefaults.h"
+
+#include "Platform/Foundation/Bundle.h"
+#include "Platform/Linux/Foundation/BundleNative.h"
+#include "Platform/Linux/Foundation/Files.h"
+#include "Platform/Linux/Foundation/UserDefaultsNative.h"
+
+#include <QCoreApplication>
+#include <QMetaObject>
+#include <charconv>
+#include <cmath>
+#include <iterator>
+#include <limits>
+#include <string_view>
+
+namespace NS {
+
+namespace {
+
+std::string_view withoutLeadingSpace(std::string_view text) {
+    const auto start = text.find_first_not_of(" \t\n\v\f\r");
+    return start == text.npos ? std::string_view() : text.substr(start);
+}
+
+bool booleanOfText(std::string_view text) {
+    text = withoutLeadingSpace(text);
+    if (text.starts_with('+') || text.starts_with('-')) {
+        text.remove_prefix(1);
+    }
+    const auto start = text.find_first_not_of('0');
+    return start != text.npos && std::string_view("YyTt123456789").find(text[start]) != std::string_view::npos;
+}
+
+std::int64_t integerOfText(std::string_view text) {
+    text = withoutLeadingSpace(text);
+    const bool isNegative = text.starts_with('-');
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+        if (text.starts_with('-')) {
+            return 0; // from_chars would take the second sign
+        }
+    }
+    std::int64_t result = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
+    if (error == std::errc::result_out_of_range) {
+        using Limits = std::numeric_limits<std::int64_t>;
+        return isNegative ? Limits::min() : Limits::max();
+    }
+    return result;
+}
+
+std::int64_t integerOfReal(double real) {
+    constexpr double limit = 9223372036854775808.0; // 2^63, the first double out of range
+    if (std::isnan(real)) {
+        return 0;
+    }
+    if (real >= limit) {
+        return std::numeric_limits<std::int64_t>::max();
+    }
+    return real < -limit ? std::numeric_limits<std::int64_t>::min() : static_cast<std::int64_t>(real);
+}
+
+/// As few digits as give the number back, in the notation that %.17g chooses.
+std::string textOfReal(double real) {
+    const double size = std::abs(real);
+    const bool isFixed = size == 0 || (size >= 1e-4 && size < 1e17);
+    char text[64];
+    const auto [end, error] = std::to_chars(std::begin(text), std::end(text), real,
+                                            isFixed ? std::chars_format::fixed : std::chars_format::scientific);
+    return {text, end};
+}
+
+UserDefaultsNative& native(const UserDefaults& defaults) {
+    return Bridge::native<UserDefaultsNative>(defaults);
+}
+
+} // namespace
+
+UserDefaultsNative::UserDefaultsNative(const std::filesystem::path& file) : store_(file) {}
+
+void UserDefaultsNative::registerDefaults(const Dictionary& defaults) {
+    const std::lock_guard guard(mutex_);
+    for (const auto& [key, value] : defaults) {
+        registered_.insert_or_assign(key, value);
+    }
+}
+
+Value UserDefaultsNative::value(const std::string& key) {
+    if (auto stored = store_.value(key)) {
+        return *std::move(stored);
+    }
+    const std::lock_guard guard(mutex_);
+    const auto entry = registered_.find(key);
+    return entry == registered_.end() ? Value() : entry->second;
+}
+
+void UserDefaultsNative::setValue(const std::optional<Value>& value, const std::string& key) {
+    store_.setValue(value, key);
+    scheduleWrite();
+}
+
+bool UserDefaultsNative::write() {
+    return store_.write();
+}
+
+// One for each change: the first of a pass writes them all, the others find nothing to do.
+void UserDefaultsNative::scheduleWrite() {
+    auto* application = QCoreApplication::instance();
+    if (!application) {
+        write();
+        return;
+    }
+    const auto later = [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+            self->write();
+        }
+    };
+    QMetaObject::invokeMethod(application, later, Qt::QueuedConnection);
+}
+
+UserDefaults userDefaultsInFile(const std::filesystem::path& file) {
+    return Bridge::handle<UserDefaults>(std::make_shared<UserDefaultsNative>(file));
+}
+
+UserDefaults UserDefaults::standardUserDefaults() {
+    // Never destroyed: threads may still ask while the process ends.
+    static const auto& defaults = *new UserDefaults(userDefaultsInFile(
+        configFolder() / (Bridge::native<BundleNative>(Bundle::mainBundle()).fileName() + ".plist")));
+    return defaults;
+}
+
+void UserDefaults::registerDefaults(const Dictionary& defaults) {
+    native(*this).registerDefaults(defaults);
+}
+
+bool UserDefaults::boolForKey(const std::string& key) const {
+    const Value value = native(*this).value(key);
+    if (const auto* boolean = value.boolean()) {
+        return *boolean;
+    }
+    if (const auto* real = value.real()) {
+        return *real != 0;
+    }
+    if (const auto* text = value.string()) {
+        return booleanOfText(*text);
+    }
+    return value.integer().value_or(0) != 0;
+}
+
+std::int64_t UserDefaults::integerForKey(const std::string& key) const {
+    const Value value = native(*this).value(key);
+    if (const auto* boolean = value.boolean()) {
+        return *boolean ? 1 : 0;
+    }
+    if (const auto* real = value.real()) {
+        return integerOfReal(*real);
+    }
+    if (const auto* text = value.string()) {
+        return integerOfText(*text);
+    }
+    return value.integer().value_or(0);
+}
+
+std::optional<std::string> UserDefaults::stringForKey(const std::string& key) const {
+    const Value value = native(*this).value(key);
+    if (const auto* text = value.string()) {
+        return *text;
+    }
+    if (const auto* boolean = value.boolean()) {
+        return *boolean ? "1" : "0";
+    }
+    if (const auto* real = value.real()) {
+        return textOfReal(*real);
+    }
+    const auto integer = value.integer();
+    return integer ? std::optional(std::to_string(*integer)) : std::nullopt;
+}
+
+std::optional<Dictionary> UserDefaults::dictionaryForKey(const std::string& key) const {
+    const Value value = native(*this).value(key);
+    const auto* dictionary = value.dictionary();
+    return dictionary ? std::optional(*dictionary) : std::nullopt;
+}
+
+void UserDefaults::setBoolForKey(bool value, const std::string& key) {
+    setObjectForKey(value, key);
+}
+
+void UserDefaults::setIntegerForKey(std::int64_t value, const std::string& key) {
+    setObjectForKey(value, key);
+}
+
+void UserDefaults::setObjectForKey(const std::optional<Value>& value, const std::string& key) {
+    native(*this).setValue(value, key);
+}
+
+bool UserDefaults::synchronize() {
+    return native(*this).write();
+}
+
+} // namespace NS

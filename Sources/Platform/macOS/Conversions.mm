@@ -1,0 +1,139 @@
+#include "Platform/macOS/Conversions.h"
+
+#include <cstdint>
+
+namespace NS {
+
+namespace {
+
+NSString* decoded(const std::string& text, NSStringEncoding encoding) {
+    const auto* bytes = reinterpret_cast<const UInt8*>(text.data());
+    auto data = (__bridge_transfer NSData*)CFDataCreate(nullptr, bytes, static_cast<CFIndex>(text.size()));
+    return [[NSString alloc] initWithData:data encoding:encoding];
+}
+
+Value numberValue(NSNumber* number) {
+    if (CFGetTypeID((__bridge CFTypeRef)number) == CFBooleanGetTypeID()) {
+        return Value(static_cast<bool>([number boolValue]));
+    }
+    // The greatest unsigned numbers would wrap around to negative ones.
+    const bool wraps = [number longLongValue] < 0 && [number doubleValue] > 0;
+    if (wraps || CFNumberIsFloatType((__bridge CFNumberRef)number)) {
+        return Value([number doubleValue]);
+    }
+    return Value(std::int64_t{[number longLongValue]});
+}
+
+Array toArray(NSArray* array) {
+    Array values;
+    forEach(array, [&](id object) { values.push_back(toValue(object)); });
+    return values;
+}
+
+NSArray* toNSArrayOfValues(const Array& values) {
+    NSMutableArray* array = [NSMutableArray arrayWithCapacity:values.size()];
+    for (const Value& value : values) {
+        if (id object = toPropertyList(value)) {
+            [array addObject:object];
+        }
+    }
+    return array;
+}
+
+} // namespace
+
+std::shared_ptr<Native> Bridge::retained(id object) {
+    if (object == nil) {
+        return nullptr;
+    }
+    return {reinterpret_cast<Native*>(const_cast<void*>((__bridge_retained CFTypeRef)object)),
+            [](Native* native) { CFRelease(native); }};
+}
+
+// Bytes that are not UTF-8 (a file's name may hold any) read as Latin-1, where every byte is a character.
+NSString* toNSString(const std::string& text) {
+    NSString* string = decoded(text, NSUTF8StringEncoding);
+    return string ? string : decoded(text, NSISOLatin1StringEncoding);
+}
+
+// Not UTF8String, which ends at the first NUL and is NULL for half a surrogate pair.
+std::string toString(NSString* text) {
+    NSData* data = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES];
+    if (data == nil) { // an error may come without its object, so its text too
+        return {};
+    }
+    std::string bytes([data length], '\0');
+    CFDataGetBytes((__bridge CFDataRef)data, {0, static_cast<CFIndex>(bytes.size())},
+                   reinterpret_cast<UInt8*>(bytes.data()));
+    return bytes;
+}
+
+std::optional<std::string> toOptionalString(NSString* text) {
+    return text ? std::optional(toString(text)) : std::nullopt;
+}
+
+id toPropertyList(const Value& value) {
+    if (const bool* boolean = value.boolean()) {
+        return [NSNumber numberWithBool:*boolean];
+    }
+    if (const double* real = value.real()) {
+        return [NSNumber numberWithDouble:*real];
+    }
+    if (const auto integer = value.integer()) {
+        return [NSNumber numberWithLongLong:*integer];
+    }
+    if (const std::string* text = value.string()) {
+        return toNSString(*text);
+    }
+    if (const Array* array = value.array()) {
+        return toNSArrayOfValues(*array);
+    }
+    const Dictionary* dictionary = value.dictionary();
+    return dictionary ? toNSDictionary(*dictionary) : nil;
+}
+
+NSDictionary<NSString*, id>* toNSDictionary(const Dictionary& dictionary) {
+    NSMutableDictionary<NSString*, id>* result = [NSMutableDictionary dictionaryWithCapacity:dictionary.size()];
+    for (const auto& [key, value] : dictionary) {
+        if (id object = toPropertyList(value)) {
+            [result setObject:object forKey:toNSString(key)];
+        }
+    }
+    return result;
+}
+
+Value toValue(id propertyList) {
+    if ([propertyList isKindOfClass:[NSString class]]) {
+        return Value(toString(propertyList));
+    }
+    if ([propertyList isKindOfClass:[NSNumber class]]) {
+        return numberValue(propertyList);
+    }
+    if ([propertyList isKindOfClass:[NSArray class]]) {
+        return Value(toArray(propertyList));
+    }
+    if ([propertyList isKindOfClass:[NSDictionary class]]) {
+        return Value(toDictionary(propertyList));
+    }
+    return Value();
+}
+
+Dictionary toDictionary(NSDictionary* dictionary) {
+    Dictionary result;
+    forEach([dictionary allKeys], [&](id key) {
+        if ([key isKindOfClass:[NSString class]]) { // a property list has no others
+            result.emplace(toString(key), toValue([dictionary objectForKey:key]));
+        }
+    });
+    return result;
+}
+
+Notification toNotification(NSNotification* notification) {
+    return {toString([notification name])};
+}
+
+Error toError(NSError* error) {
+    return {toString([error localizedDescription])};
+}
+
+} // namespace NS

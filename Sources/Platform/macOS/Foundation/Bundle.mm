@@ -1,0 +1,24 @@
+#include "Platform/Foundation/Bundle.h"
+
+#include "Platform/macOS/Conversions.h"
+
+namespace NS {
+
+Bundle Bundle::mainBundle() {
+    return handle<Bundle>([NSBundle mainBundle]);
+}
+
+std::optional<std::string> Bundle::bundleIdentifier() const {
+    return toOptionalString([object<NSBundle>(*this) bundleIdentifier]);
+}
+
+std::string Bundle::bundlePath() const {
+    return toString([object<NSBundle>(*this) bundlePath]);
+}
+
+std::optional<Value> Bundle::objectForInfoDictionaryKey(const std::string& key) const {
+    const id value = [object<NSBundle>(*this) objectForInfoDictionaryKey:toNSString(key)];
+    return value ? std::optional(toValue(value)) : std::nullopt;
+}
+
+} // namespace NS

@@ -1,0 +1,295 @@
+"""A desktop of its own for each test: X server, buses, services, tray, and the program as it ships."""
+
+import contextlib
+import os
+import pathlib
+import plistlib
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+import dbus
+import Xlib.display
+import Xlib.ext.screensaver
+
+HERE = pathlib.Path(__file__).resolve().parent
+APP = pathlib.Path(os.environ.get("VANTOREL_APP", HERE.parent.parent / "build/linux/Vantorel.app")).resolve()
+IDENTIFIER = "com.korvex.vantorel"
+REASON = "Vantorel is keeping your Mac awake"
+
+BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>{type}</type>
+  <listen>unix:path={socket}</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+"""
+
+
+def wait_for(condition, seconds=10, what=None):
+    """What `condition` returns as soon as it is true; an AssertionError when it never is."""
+    end = time.monotonic() + seconds
+    while True:
+        result = condition()
+        if result:
+            return result
+        if time.monotonic() > end:
+            raise AssertionError(f"never happened within {seconds} s: {what or condition}")
+        time.sleep(0.02)
+
+
+class Desktop(contextlib.AbstractContextManager):
+    """What is not there, is not there: pass False for what the session lacks."""
+
+    def __init__(self, *, tray=True, session_bus=True, system_bus=True, screensaver=True, logind=True,
+                 x_extension=True, window_manager=False, language="en_GB.UTF-8", refuses=False,
+                 screen="1024x768x24", tray_options=()):
+        self.stack = contextlib.ExitStack()
+        self.folder = pathlib.Path(self.stack.enter_context(tempfile.TemporaryDirectory(prefix="vantorel-")))
+        self.config = self.folder / "config"
+        self.defaults_file = self.config / f"{IDENTIFIER}.plist"
+        self.autostart_file = self.config / "autostart" / f"{IDENTIFIER}.desktop"
+        self.tray_options = tray_options
+        self.refuses = refuses
+        self.app_process = None
+        self.environment = {
+            "PATH": os.environ["PATH"],
+            "HOME": str(self.folder),
+            "XDG_CONFIG_HOME": str(self.config),
+            "XDG_RUNTIME_DIR": str(self.folder),
+            "LANG": language,
+            "TMPDIR": str(self.folder),
+            "QT_LOGGING_RULES": "*.debug=false",
+        }
+        for name in ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS"):
+            if name in os.environ:
+                self.environment[name] = os.environ[name]
+        try:
+            self._start_display(screen, x_extension)
+            if session_bus:
+                self.start_bus("session")
+                if screensaver:
+                    self.start_service("screensaver")
+            else:
+                self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.folder}/no-session-bus"
+            if system_bus:
+                self.start_bus("system")
+                if logind:
+                    self.start_service("logind")
+            else:
+                self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={self.folder}/no-system-bus"
+            if window_manager:
+                self.spawn(["openbox", "--sm-disable"])
+            if tray:
+                self.start_tray()
+        except BaseException:
+            self.stack.close()
+            raise
+
+    def __exit__(self, *_):
+        self.stack.close()
+
+    # Processes
+
+    def spawn(self, command, **options):
+        """A process that ends with the desktop at the latest."""
+        options.setdefault("stdout", subprocess.DEVNULL)
+        options.setdefault("stderr", subprocess.DEVNULL)
+        environment = {**self.environment, **options.pop("environment", {})}
+        process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, **options)
+        self.stack.callback(self._end, process)
+        return process
+
+    @staticmethod
+    def _end(process):
+        if process.poll() is None:
+            process.terminate()
+            try:
+                process.wait(5)
+            except subprocess.TimeoutExpired:
+                process.kill()
+        process.wait()
+        for stream in (process.stdout, process.stderr):
+            if stream:
+                stream.close()
+
+    def run(self, *command, **options):
+        return subprocess.run(command, env=self.environment, check=True, capture_output=True, text=True,
+                              **options).stdout
+
+    # The display
+
+    def _start_display(self, screen, x_extension):
+        reading, writing = os.pipe()
+        command = ["Xvfb", "-displayfd", str(writing), "-noreset", "-nolisten", "tcp", "-screen", "0", screen]
+        if not x_extension:
+            command += ["-extension", "MIT-SCREEN-SAVER"]
+        self.x_server = self.spawn(command, pass_fds=[writing])
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            self.environment["DISPLAY"] = ":" + answer.readline().strip()
+        self.display = Xlib.display.Display(self.environment["DISPLAY"])
+        self.stack.callback(self._close_display)
+
+    def _close_display(self):
+        with contextlib.suppress(Xlib.error.ConnectionClosedError):
+            self.display.close()
+
+    def screen_saver_is_on(self):
+        return self.display.screen().root.screensaver_query_info().state == Xlib.ext.screensaver.StateOn
+
+    def screenshot(self, path, crop=None):
+        command = ["import", "-silent", "-window", "root"]
+        if crop:
+            command += ["-crop", crop, "+repage"]
+        self.run(*command, str(path))
+
+    def xdotool(self, *arguments):
+        return self.run("xdotool", *map(str, arguments)).strip()
+
+    # The tray
+
+    def start_tray(self):
+        self.tray = self.spawn(["trayer", "--edge", "bottom", "--align", "right", "--widthtype", "request",
+                                "--height", "24", "--SetDockType", "true", *self.tray_options])
+        return self.tray
+
+    def cup_window(self):
+        """The X window of the cup, or None while the tray shows none."""
+        for window in self._tray_windows():
+            with contextlib.suppress(Xlib.error.XError):
+                if window.get_full_property(self.display.get_atom("_XEMBED_INFO"), 0):
+                    if window.get_attributes().map_state == Xlib.X.IsViewable and window.get_geometry().width > 1:
+                        return window
+        return None
+
+    def _tray_windows(self):
+        for window in self._windows(self.display.screen().root):
+            with contextlib.suppress(Xlib.error.XError):
+                if window.get_wm_class() == ("panel", "trayer"):
+                    yield from self._windows(window)
+
+    def _windows(self, window):
+        with contextlib.suppress(Xlib.error.XError):
+            for child in window.query_tree().children:
+                yield child
+                yield from self._windows(child)
+
+    def cup_geometry(self):
+        window = wait_for(self.cup_window, what="the cup in the tray")
+        geometry = window.get_geometry()
+        origin = window.translate_coords(self.display.screen().root, 0, 0)
+        return -origin.x, -origin.y, geometry.width, geometry.height
+
+    def point_at_cup(self):
+        x, y, width, height = self.cup_geometry()
+        self.xdotool("mousemove", x + width // 2, y + height // 2)
+
+    def cup_is_filled(self):
+        """Whether the cup on the screen has its colour."""
+        x, y, width, height = self.cup_geometry()
+        root = self.display.screen().root
+        side = min(width, height)
+        at_body = x + (width - side) // 2 + int(side * 0.4), y + (height - side) // 2 + int(side * (1 - 0.36))
+        pixel = root.get_image(*at_body, 1, 1, Xlib.X.ZPixmap, 0xFFFFFFFF).data
+        blue, green, red = pixel[0], pixel[1], pixel[2]
+        return abs(red - 237) < 12 and abs(green - 158) < 12 and abs(blue - 56) < 12
+
+    def click_cup(self, button=1):
+        self.point_at_cup()
+        self.xdotool("click", button)
+
+    # The buses
+
+    def start_bus(self, kind):
+        socket = self.folder / f"{kind}-bus"
+        configuration = self.folder / f"{kind}.conf"
+        configuration.write_text(BUS_CONFIGURATION.format(type=kind, socket=socket))
+        process = self.spawn(["dbus-daemon", "--nofork", f"--config-file={configuration}"])
+        wait_for(socket.exists, what=f"the {kind} bus")
+        self.environment[f"DBUS_{kind.upper()}_BUS_ADDRESS"] = f"unix:path={socket}"
+        setattr(self, f"{kind}_bus_process", process)
+        return process
+
+    def bus(self, kind):
+        return dbus.bus.BusConnection(self.environment[f"DBUS_{kind.upper()}_BUS_ADDRESS"])
+
+    def start_service(self, name):
+        kind, bus_name = {"screensaver": ("session", "org.freedesktop.ScreenSaver"),
+                          "logind": ("system", "org.freedesktop.login1")}[name]
+        template = HERE / "mocks" / f"{name}.py"
+        process = self.spawn([sys.executable, "-m", "dbusmock", "--template", str(template),
+                              "-p", '{"refuses": %s}' % str(self.refuses).lower()])
+        bus = self.bus(kind)
+        wait_for(lambda: bus.name_has_owner(bus_name), what=bus_name)
+        setattr(self, f"{name}_process", process)
+        setattr(self, f"_{name}_bus", bus)
+        return process
+
+    def screensaver_inhibitors(self):
+        return self._inhibitors(self._screensaver_bus, "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver")
+
+    def logind_inhibitors(self):
+        return self._inhibitors(self._logind_bus, "org.freedesktop.login1", "/org/freedesktop/login1")
+
+    @staticmethod
+    def _inhibitors(bus, name, path):
+        return [str(text) for text in bus.get_object(name, path).List(dbus_interface="test.Inhibitors")]
+
+    # The program
+
+    def start(self, app=APP, environment=None, **options):
+        """Starts the program; its standard error goes to `log()`."""
+        self._log = open(self.folder / "log", "ab")
+        self.stack.callback(self._log.close)
+        self.app_process = self.spawn([str(app / "Contents/MacOS/Vantorel")], stderr=self._log, stdout=self._log,
+                                      environment=environment or {}, **options)
+        return self.app_process
+
+    def log(self):
+        return (self.folder / "log").read_text()
+
+    def start_as_returning_user(self, language="en", **options):
+        self.store({"appLanguage": language})
+        return self.start(**options)
+
+    def store(self, defaults):
+        self.config.mkdir(parents=True, exist_ok=True)
+        with open(self.defaults_file, "wb") as file:
+            plistlib.dump(defaults, file)
+
+    def stored(self):
+        """The preferences on disk; None when there is no file."""
+        try:
+            return plistlib.loads(self.defaults_file.read_bytes())
+        except FileNotFoundError:
+            return None
+
+    def end(self, how=signal.SIGTERM, seconds=10):
+        """Ends the program by a signal and returns its exit status."""
+        self.app_process.send_signal(how)
+        return self.app_process.wait(seconds)
+
+    def windows(self):
+        """The identifiers of the program's visible windows, menus and tips included, the cup not."""
+        found = []
+        for window in self._windows(self.display.screen().root):
+            with contextlib.suppress(Xlib.error.XError):
+                pid = window.get_full_property(self.display.get_atom("_NET_WM_PID"), 0)
+                if pid and pid.value[0] == self.app_process.pid:
+                    if window.get_attributes().map_state == Xlib.X.IsViewable:
+                        found.append(window.id)
+        cup = self.cup_window()
+        return [identifier for identifier in found if not cup or identifier != cup.id]
+
+    def welcome_window(self):
+        return wait_for(self.windows, what="the Welcome window")[0]

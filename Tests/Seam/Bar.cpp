@@ -1,0 +1,71 @@
+#include "Bar.h"
+
+#include "Platform/Linux/AppKit/StatusItemNative.h"
+
+#include <QApplication>
+#include <QTimer>
+#include <QWidget>
+
+namespace Seam {
+
+namespace {
+
+class Presenter : public NS::StatusItemPresenter {
+public:
+    explicit Presenter(NS::StatusItemNative& item) : item(item) { all().push_back(this); }
+    ~Presenter() override { std::erase(all(), this); }
+
+    void imageChanged() override { ++imageChanges; }
+    void toolTipChanged() override {}
+
+    static std::vector<Presenter*>& all() {
+        static std::vector<Presenter*> presenters;
+        return presenters;
+    }
+
+    NS::StatusItemNative& item;
+    int imageChanges = 0;
+};
+
+} // namespace
+
+std::vector<NS::StatusItem> statusItems() {
+    std::vector<NS::StatusItem> items;
+    for (const auto* presenter : Presenter::all()) {
+        items.push_back(NS::Bridge::handle<NS::StatusItem>(presenter->item.shared_from_this()));
+    }
+    return items;
+}
+
+void click(const NS::StatusItem& item, const NS::Event& event) {
+    NS::Bridge::shared<NS::StatusItemNative>(item)->mouseUp(event, {10, 10});
+}
+
+void whenMenuOpens(std::function<void(NS::StatusItem)> use) {
+    QTimer::singleShot(0, qApp, [use = std::move(use)] {
+        QWidget* menu = QApplication::activePopupWidget();
+        if (menu == nullptr) { // not yet
+            whenMenuOpens(use);
+            return;
+        }
+        use(statusItems().front());
+        if (QApplication::activePopupWidget() == menu) {
+            menu->close();
+        }
+    });
+}
+
+int imageChanges(const NS::StatusItem& item) {
+    const auto& native = NS::Bridge::native<NS::StatusItemNative>(item);
+    return static_cast<const Presenter&>(*native.presenter).imageChanges;
+}
+
+} // namespace Seam
+
+namespace NS {
+
+std::unique_ptr<StatusItemPresenter> makeStatusItemPresenter(StatusItemNative& item) {
+    return std::make_unique<Seam::Presenter>(item);
+}
+
+} // namespace NS

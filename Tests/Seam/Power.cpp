@@ -1,0 +1,34 @@
+#include "Power.h"
+
+namespace Seam {
+
+Power& power() {
+    static Power power;
+    return power;
+}
+
+} // namespace Seam
+
+namespace NS {
+
+IOReturn IOPMAssertionCreateWithName(const std::string& type, IOPMAssertionLevel level, const std::string& name,
+                                     IOPMAssertionID* id) {
+    constexpr IOReturn refused = -536870212;
+    auto& power = Seam::power();
+    power.initialID = *id;
+    ++power.creations;
+    if (power.refuses) {
+        return refused;
+    }
+    *id = static_cast<IOPMAssertionID>(41 + power.creations);
+    power.held[*id] = {type, level, name};
+    return 0;
+}
+
+IOReturn IOPMAssertionRelease(IOPMAssertionID id) {
+    Seam::power().releases.push_back(id);
+    Seam::power().held.erase(id);
+    return 0;
+}
+
+} // namespace NS

@@ -1,0 +1,101 @@
+#include "AppDelegate.h"
+
+#include "L10n.h"
+#include "Platform/Linux/AppKit/WindowNative.h"
+#include "Platform/ServiceManagement/AppService.h"
+#include "Prefs.h"
+#include "Seam/Bar.h"
+#include "Seam/Power.h"
+
+#include <QAbstractButton>
+#include <QByteArray>
+#include <QPushButton>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct AppDelegateTest : testing::Test {
+    void launch() { delegate->applicationDidFinishLaunching({"launched"}); }
+    void terminate() { delegate->applicationWillTerminate({"terminating"}); }
+
+    static std::vector<NS::Window> windows() { return NS::Application::sharedApplication().windows(); }
+    static void pressContinue() {
+        NS::Bridge::native<NS::WindowNative>(windows().at(0)).widget->findChild<QPushButton*>()->click();
+    }
+
+    std::shared_ptr<AppDelegate> delegate = std::make_shared<AppDelegate>();
+};
+
+TEST_F(AppDelegateTest, AReturningUserGetsTheCupAndNoWindow) {
+    Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+    launch();
+    EXPECT_EQ(Seam::statusItems().size(), 1U);
+    EXPECT_TRUE(windows().empty());
+}
+
+TEST_F(AppDelegateTest, TheLanguagesPresenceCountsNotItsContent) {
+    Prefs::d().setObjectForKey(NS::Value(""), Prefs::appLanguage);
+    launch();
+    EXPECT_EQ(Seam::statusItems().size(), 1U);
+    EXPECT_TRUE(windows().empty());
+}
+
+TEST_F(AppDelegateTest, LaunchingRegistersTheDefaultsFirst) {
+    launch();
+    EXPECT_TRUE(Prefs::d().boolForKey(Prefs::autoUpdate));
+    EXPECT_EQ(Prefs::d().integerForKey(Prefs::scheduleOffMinutes), 1080);
+}
+
+TEST_F(AppDelegateTest, TheFirstRunShowsTheWelcomeWindowAndNothingElse) {
+    launch();
+    EXPECT_EQ(windows().size(), 1U);
+    EXPECT_TRUE(Seam::statusItems().empty());
+    EXPECT_EQ(NS::AppService::mainAppService().status(), NS::AppServiceStatus::NotRegistered);
+}
+
+TEST_F(AppDelegateTest, ContinuingEnablesTheLoginItemThenStartsAndLetsTheWindowGo) {
+    launch();
+    pressContinue();
+    EXPECT_EQ(NS::AppService::mainAppService().status(), NS::AppServiceStatus::Enabled);
+    EXPECT_EQ(Seam::statusItems().size(), 1U);
+    EXPECT_TRUE(windows().empty());
+    EXPECT_EQ(Prefs::d().stringForKey(Prefs::appLanguage), "en");
+}
+
+TEST_F(AppDelegateTest, ARefusedLoginItemDoesNotStopTheStart) {
+    qputenv("XDG_CONFIG_HOME", "/dev/null");
+    launch();
+    testing::internal::CaptureStderr();
+    pressContinue();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("LoginItem: register failed: "), std::string::npos);
+    EXPECT_EQ(Seam::statusItems().size(), 1U);
+}
+
+TEST_F(AppDelegateTest, QuittingFromTheWelcomeWindowLeavesNoLanguage) {
+    launch();
+    terminate();
+    EXPECT_EQ(Prefs::d().stringForKey(Prefs::appLanguage), std::nullopt);
+}
+
+TEST_F(AppDelegateTest, QuittingWhileActiveReleasesTheAssertionAndShowsIt) {
+    Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+    launch();
+    const auto item = Seam::statusItems().front();
+    Seam::click(item, {NS::EventType::LeftMouseUp});
+    ASSERT_EQ(Seam::power().held.size(), 1U);
+    const int before = Seam::imageChanges(item);
+    terminate();
+    EXPECT_TRUE(Seam::power().held.empty());
+    EXPECT_EQ(Seam::imageChanges(item), before + 1);
+}
+
+TEST_F(AppDelegateTest, QuittingWhileInactiveCallsNothing) {
+    Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+    launch();
+    const int before = Seam::imageChanges(Seam::statusItems().front());
+    terminate();
+    EXPECT_TRUE(Seam::power().releases.empty());
+    EXPECT_EQ(Seam::imageChanges(Seam::statusItems().front()), before);
+}
+
+} // namespace

@@ -1,0 +1,124 @@
+// The part of Foundation that this project calls.
+#pragma once
+
+#import <CoreFoundation/CoreFoundation.h>
+#import <objc/NSObject.h>
+
+#define NS_ENUM(_type, _name) CF_ENUM(_type, _name)
+#define NS_OPTIONS(_type, _name) _type _name; enum : _name
+#define NS_FORMAT_FUNCTION(F, A) __attribute__((format(__NSString__, F, A)))
+
+#pragma clang assume_nonnull begin
+
+@class NSData;
+
+typedef NSString* NSNotificationName;
+typedef NSUInteger NSStringEncoding;
+
+enum : NSStringEncoding {
+    NSUTF8StringEncoding = 4,
+    NSISOLatin1StringEncoding = 5,
+};
+
+typedef CGPoint NSPoint;
+typedef CGSize NSSize;
+typedef CGRect NSRect;
+typedef struct NSEdgeInsets {
+    CGFloat top;
+    CGFloat left;
+    CGFloat bottom;
+    CGFloat right;
+} NSEdgeInsets;
+
+extern "C" void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
+
+@interface NSString : NSObject
+- (nullable instancetype)initWithData:(NSData*)data encoding:(NSStringEncoding)encoding;
+- (nullable NSData*)dataUsingEncoding:(NSStringEncoding)encoding allowLossyConversion:(BOOL)lossy;
+@end
+
+@interface NSData : NSObject
+- (NSUInteger)length;
+@end
+
+@interface NSValue : NSObject
+@end
+
+@interface NSNumber : NSValue
++ (NSNumber*)numberWithBool:(BOOL)value;
++ (NSNumber*)numberWithLongLong:(long long)value;
++ (NSNumber*)numberWithDouble:(double)value;
+- (BOOL)boolValue;
+- (long long)longLongValue;
+- (double)doubleValue;
+@end
+
+@interface NSArray<__covariant ObjectType> : NSObject
+- (NSUInteger)count;
+- (id)objectAtIndex:(NSUInteger)index;
+@end
+
+@interface NSMutableArray<ObjectType> : NSArray <ObjectType>
++ (instancetype)arrayWithCapacity:(NSUInteger)capacity;
+- (void)addObject:(id)object;
+@end
+
+@interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject
+- (NSArray<KeyType>*)allKeys;
+- (nullable id)objectForKey:(id)key;
+@end
+
+@interface NSMutableDictionary<KeyType, ObjectType> : NSDictionary <KeyType, ObjectType>
++ (instancetype)dictionaryWithCapacity:(NSUInteger)capacity;
+- (void)setObject:(id)object forKey:(id)key;
+@end
+
+@interface NSError : NSObject
+- (NSString*)localizedDescription;
+@end
+
+@interface NSAffineTransform : NSObject
++ (NSAffineTransform*)transform;
+- (void)translateXBy:(CGFloat)x yBy:(CGFloat)y;
+- (void)scaleBy:(CGFloat)scale;
+@end
+
+@interface NSBundle : NSObject
++ (NSBundle*)mainBundle;
+- (nullable NSString*)bundleIdentifier;
+- (NSString*)bundlePath;
+- (nullable id)objectForInfoDictionaryKey:(NSString*)key;
+@end
+
+@interface NSLocale : NSObject
++ (NSArray<NSString*>*)preferredLanguages;
+@end
+
+@interface NSNotification : NSObject
+- (NSNotificationName)name;
+@end
+
+@interface NSNotificationCenter : NSObject
++ (NSNotificationCenter*)defaultCenter;
+- (id<NSObject>)addObserverForName:(nullable NSNotificationName)name
+                            object:(nullable id)object
+                             queue:(nullable id)queue
+                        usingBlock:(void (^)(NSNotification* notification))block;
+- (void)removeObserver:(id)observer;
+- (void)postNotificationName:(NSNotificationName)name object:(nullable id)object;
+@end
+
+@interface NSUserDefaults : NSObject
++ (NSUserDefaults*)standardUserDefaults;
+- (void)registerDefaults:(NSDictionary<NSString*, id>*)defaults;
+- (BOOL)boolForKey:(NSString*)key;
+- (NSInteger)integerForKey:(NSString*)key;
+- (nullable NSString*)stringForKey:(NSString*)key;
+- (nullable NSDictionary<NSString*, id>*)dictionaryForKey:(NSString*)key;
+- (void)setBool:(BOOL)value forKey:(NSString*)key;
+- (void)setInteger:(NSInteger)value forKey:(NSString*)key;
+- (void)setObject:(nullable id)value forKey:(NSString*)key;
+- (BOOL)synchronize;
+@end
+
+#pragma clang assume_nonnull end

@@ -1,0 +1,62 @@
+# Included by the top-level CMakeLists.txt instead of the rest of it: builds each slice in a build of its own, then joins
+# them into one bundle.
+project(${PRODUCT_NAME} VERSION ${PRODUCT_VERSION} LANGUAGES NONE)
+include(${CMAKE_CURRENT_LIST_DIR}/macos-zig.cmake)
+
+find_program(NPM npm REQUIRED)
+find_program(LIPO llvm-lipo-19 REQUIRED)
+
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${macos_tests}/package-lock.json)
+if(${macos_tests}/package-lock.json IS_NEWER_THAN ${macos_tests}/node_modules/.package-lock.json)
+    message(STATUS "Installing the compiler for macOS")
+    execute_process(COMMAND ${NPM} ci --ignore-scripts --no-audit --no-fund
+        WORKING_DIRECTORY ${macos_tests} COMMAND_ERROR_IS_FATAL ANY)
+endif()
+
+# zig builds the C++ library from source when a program first needs it, and says where only to those who watch it link.
+function(make_runtime arch directory)
+    if(EXISTS ${directory}/libc++.a AND EXISTS ${directory}/libc++abi.a)
+        return()
+    endif()
+    message(STATUS "Building the C++ library for ${arch}")
+    file(MAKE_DIRECTORY ${directory})
+    file(WRITE ${directory}/empty.cpp "int main() {}\n")
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env ZIG_VERBOSE_LINK=1
+            ${ZIG} c++ -Os -target ${ZIG_TARGET_${arch}} ${directory}/empty.cpp -o ${directory}/empty
+        ERROR_VARIABLE link_command RESULT_VARIABLE failed)
+    foreach(library libc++ libc++abi)
+        string(REPLACE "+" "\\+" pattern ${library})
+        if(failed OR NOT link_command MATCHES "(/[^ \n]*/${pattern}\\.a)")
+            message(FATAL_ERROR "zig did not say where ${library}.a is:\n${link_command}")
+        endif()
+        file(COPY ${CMAKE_MATCH_1} DESTINATION ${directory})
+    endforeach()
+endfunction()
+
+set(slices)
+set(previous)
+foreach(arch arm64 x86_64)
+    set(build ${CMAKE_BINARY_DIR}/${arch})
+    set(runtime ${CMAKE_BINARY_DIR}/runtime-${arch})
+    make_runtime(${arch} ${runtime})
+    add_custom_target(${arch}
+        COMMAND ${CMAKE_COMMAND} -S ${CMAKE_SOURCE_DIR} -B ${build} -G ${CMAKE_GENERATOR}
+            --toolchain ${CMAKE_CURRENT_LIST_DIR}/macos-cross.cmake
+            -DVANTOREL_MACOS_ARCH=${arch} -DVANTOREL_MACOS_RUNTIME=${runtime}
+            -DCMAKE_BUILD_TYPE=MinSizeRel -DVANTOREL_TESTS=OFF
+        COMMAND ${CMAKE_COMMAND} --build ${build}
+        USES_TERMINAL VERBATIM)
+    if(previous)
+        add_dependencies(${arch} ${previous}) # each uses every core already
+    endif()
+    set(previous ${arch})
+    list(APPEND slices ${build}/${PRODUCT_NAME}.app/Contents/MacOS/${PRODUCT_NAME})
+endforeach()
+
+set(bundle ${CMAKE_BINARY_DIR}/${PRODUCT_NAME}.app)
+add_custom_target(bundle ALL
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${bundle}
+    COMMAND ${CMAKE_COMMAND} -E copy_directory ${CMAKE_BINARY_DIR}/arm64/${PRODUCT_NAME}.app ${bundle}
+    COMMAND ${LIPO} -create ${slices} -output ${bundle}/Contents/MacOS/${PRODUCT_NAME}
+    VERBATIM)
+add_dependencies(bundle arm64 x86_64)

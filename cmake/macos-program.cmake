@@ -1,0 +1,7 @@
+# Included where the program's target is made, when it is made on a Mac: what stands in the bundle is small and signed.
+# (On Linux the toolchain sees to both.)
+target_link_options(Vantorel PRIVATE LINKER:-dead_strip)
+add_custom_command(TARGET Vantorel POST_BUILD
+    COMMAND strip -x $<TARGET_FILE:Vantorel>
+    COMMAND codesign --force --sign - ${PROJECT_BINARY_DIR}/${PRODUCT_NAME}.app
+    VERBATIM)
