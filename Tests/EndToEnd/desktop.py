@@ -185,9 +185,13 @@ class Desktop(contextlib.AbstractContextManager):
                 yield from self._windows(child)
 
     def cup_geometry(self):
-        window = wait_for(self.cup_window, what="the cup in the tray")
-        geometry = window.get_geometry()
-        origin = window.translate_coords(self.display.screen().root, 0, 0)
+        return self.geometry(wait_for(self.cup_window, what="the cup in the tray").id)
+
+    def geometry(self, window):
+        """A window's place on the screen and its size, without its frame: x, y, width, height."""
+        drawable = self.display.create_resource_object("window", window)
+        geometry = drawable.get_geometry()
+        origin = drawable.translate_coords(self.display.screen().root, 0, 0)
         return -origin.x, -origin.y, geometry.width, geometry.height
 
     def point_at_cup(self):

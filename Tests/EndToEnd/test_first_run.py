@@ -84,11 +84,10 @@ class FirstRun(unittest.TestCase):
 
     def test_the_window_is_centred_and_as_large_as_its_content(self):
         desktop = self.launch(ENGLISH)
-        geometry = dict(line.split("=") for line in
-                        desktop.xdotool("getwindowgeometry", "--shell", desktop.welcome_window()).splitlines())
-        width, height = int(geometry["WIDTH"]), int(geometry["HEIGHT"])
+        x, y, width, height = desktop.geometry(desktop.welcome_window())
         self.assertNotEqual((width, height), (340, 320))
-        self.assertAlmostEqual(int(geometry["X"]) + width / 2, 512, delta=2)
+        self.assertAlmostEqual(x + width / 2, 1024 / 2, delta=1)
+        self.assertAlmostEqual(y + height / 2, 768 / 2, delta=1)
 
     def test_a_refused_login_item_is_logged_and_no_hindrance(self):
         desktop = self.launch(ENGLISH)

@@ -84,8 +84,8 @@ TEST_F(Bundle, AnIdentifierThatIsNoTextOrEmptyIsNone) {
 
 TEST_F(Bundle, ElsewhereTheBundleIsTheExecutablesFolder) {
     bundleWithInfo("<plist><dict><key>CFBundleIdentifier</key><string>org.example.x</string></dict></plist>");
-    for (const char* place : {"bin", "X.app/Contents/Helpers", "X.app/MacOS", "X.app/Contents/MacOS/sub",
-                              "X.bundle/Contents/MacOS", "Contents/MacOS"}) {
+    for (const char* place : {"bin", "X.app/Contents/Helpers", "X.app/MacOS", "X.app/Other/MacOS",
+                              "X.app/Contents/MacOS/sub", "X.bundle/Contents/MacOS", "Contents/MacOS"}) {
         const auto bundle = NS::bundleOfExecutable(folder() / place / "program");
         EXPECT_EQ(bundle.bundlePath(), (folder() / place).string());
         EXPECT_EQ(bundle.bundleIdentifier(), std::nullopt) << place;

@@ -2,8 +2,10 @@
 
 #include "Platform/Linux/AppKit/MenuNative.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QScreen>
 
 namespace NS {
 
@@ -48,6 +50,13 @@ QAction* addTo(QMenu& menu, const MenuItemNative& item) {
     return action;
 }
 
+/// A menu in a bar at the bottom of the screen grows upwards.
+QPoint topLeft(const QMenu& menu, const QPoint& where) {
+    const QScreen* screen = QGuiApplication::screenAt(where);
+    const bool isLow = screen != nullptr && where.y() > screen->geometry().center().y();
+    return isLow ? where - QPoint(0, menu.sizeHint().height()) : where;
+}
+
 void choose(const MenuItemNative& item) {
     if (const auto action = item.action; action && item.enabled) {
         action();
@@ -62,7 +71,7 @@ void MenuNative::popUp(const QPoint& where) const {
     for (const auto& item : items) {
         actions.push_back(addTo(menu, *item));
     }
-    const QAction* chosen = menu.exec(where);
+    const QAction* chosen = menu.exec(topLeft(menu, where));
     for (std::size_t index = 0; chosen && index < actions.size(); ++index) {
         if (actions[index] == chosen) {
             choose(*std::shared_ptr<MenuItemNative>(items[index]));

@@ -61,6 +61,14 @@ QPoint toLogical(const QPoint& native) {
     return native;
 }
 
+// Where a menu opens beside the icon, not over it: below in a bar at the top, above in one at the bottom.
+QPoint menuCorner(const QRect& icon) {
+    const QPoint top = toLogical(icon.topLeft());
+    const QScreen* screen = QGuiApplication::screenAt(top);
+    const bool isLow = screen != nullptr && top.y() > screen->geometry().center().y();
+    return isLow ? top : toLogical(icon.bottomLeft() + QPoint(0, 1));
+}
+
 } // namespace
 
 SystemTrayIcon::SystemTrayIcon(StatusItemNative& item, const QString& title, const SystemTray& tray)
@@ -173,9 +181,9 @@ void SystemTrayIcon::released(const xcb_button_release_event_t& event) {
     const QRect icon({}, window_->size());
     if (wasPressed && (isLeft || isRight) && icon.contains(event.event_x, event.event_y)) {
         const bool control = (event.state & XCB_MOD_MASK_CONTROL) != 0;
-        deliverLater({isLeft ? EventType::LeftMouseUp : EventType::RightMouseUp, control,
-                      toLogical({event.root_x, event.root_y})},
-                     item_, this);
+        const QRect onScreen = icon.translated(event.root_x - event.event_x, event.root_y - event.event_y);
+        deliverLater({isLeft ? EventType::LeftMouseUp : EventType::RightMouseUp, control, menuCorner(onScreen)}, item_,
+                     this);
     }
 }
 

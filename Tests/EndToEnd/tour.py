@@ -1,0 +1,70 @@
+"""A tour of the real program on a virtual display. usage: tour.py FOLDER (for a picture of each step)"""
+
+import pathlib
+import sys
+import time
+
+from desktop import Desktop, wait_for
+
+
+class Tour:
+    def __init__(self, folder, language, name):
+        self.folder = folder
+        self.name = name
+        self.desktop = Desktop(language=language, window_manager=True, screen="640x480x24")
+        self.step = 0
+
+    def picture(self, what, crop=None):
+        self.step += 1
+        path = self.folder / f"{self.name}-{self.step}-{what}.png"
+        time.sleep(0.4)  # for the picture to settle
+        self.desktop.screenshot(path, crop)
+        print(f"  {path}")
+
+    def picture_of_window(self, what):
+        [window] = wait_for(self.desktop.windows)
+        x, y, width, height = self.desktop.geometry(window)
+        frame, title_bar = 1, 20  # of the window manager here
+        self.picture(what, f"{width + 2 * frame}x{height + title_bar + frame}+{x - frame}+{y - title_bar}")
+
+    def picture_of_corner(self, what):
+        """The part of the screen with the cup and its menu."""
+        x, y, width, height = self.desktop.cup_geometry()
+        self.picture(what, f"240x140+{x + width - 240}+{y + height - 140}")
+
+    def take(self):
+        desktop = self.desktop
+        desktop.start()
+        desktop.welcome_window()
+        self.picture_of_window("welcome")
+        desktop.xdotool("key", "Return")
+        desktop.cup_geometry()
+        self.picture_of_corner("cup-off")
+        self.menu("menu-off")
+        desktop.click_cup()
+        wait_for(desktop.cup_is_filled)
+        self.picture_of_corner("cup-on")
+        self.menu("menu-on")
+        assert desktop.end() == 0, "the program did not end well"
+
+    def menu(self, what):
+        desktop = self.desktop
+        desktop.click_cup(button=3)
+        wait_for(desktop.windows)
+        self.picture_of_corner(what)
+        desktop.xdotool("key", "Escape")
+        wait_for(lambda: not desktop.windows())
+
+
+def main():
+    folder = pathlib.Path(sys.argv[1])
+    folder.mkdir(parents=True, exist_ok=True)
+    for language, name in (("en_GB.UTF-8", "en"), ("pt_BR.UTF-8", "pt")):
+        print(f"The tour in {language}:")
+        tour = Tour(folder, language, name)
+        with tour.desktop:
+            tour.take()
+
+
+if __name__ == "__main__":
+    main()
