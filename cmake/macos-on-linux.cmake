@@ -1,5 +1,5 @@
-# Included by the top-level CMakeLists.txt instead of the rest of it: builds each slice in a build of its own, then joins
-# them into one bundle.
+# Included by the top-level CMakeLists.txt instead of the rest of it: builds each slice in a build of its own, then
+# joins them into one bundle.
 project(${PRODUCT_NAME} VERSION ${PRODUCT_VERSION} LANGUAGES NONE)
 include(${CMAKE_CURRENT_LIST_DIR}/macos-zig.cmake)
 
@@ -35,7 +35,7 @@ endfunction()
 
 set(slices)
 set(previous)
-foreach(arch arm64 x86_64)
+foreach(arch ${CMAKE_OSX_ARCHITECTURES})
     set(build ${CMAKE_BINARY_DIR}/${arch})
     set(runtime ${CMAKE_BINARY_DIR}/runtime-${arch})
     make_runtime(${arch} ${runtime})
@@ -43,7 +43,7 @@ foreach(arch arm64 x86_64)
         COMMAND ${CMAKE_COMMAND} -S ${CMAKE_SOURCE_DIR} -B ${build} -G ${CMAKE_GENERATOR}
             --toolchain ${CMAKE_CURRENT_LIST_DIR}/macos-cross.cmake
             -DVANTOREL_MACOS_ARCH=${arch} -DVANTOREL_MACOS_RUNTIME=${runtime}
-            -DCMAKE_BUILD_TYPE=MinSizeRel -DVANTOREL_TESTS=OFF
+            -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DVANTOREL_TESTS=${VANTOREL_TESTS}
         COMMAND ${CMAKE_COMMAND} --build ${build}
         USES_TERMINAL VERBATIM)
     if(previous)
@@ -56,7 +56,7 @@ endforeach()
 set(bundle ${CMAKE_BINARY_DIR}/${PRODUCT_NAME}.app)
 add_custom_target(bundle ALL
     COMMAND ${CMAKE_COMMAND} -E rm -rf ${bundle}
-    COMMAND ${CMAKE_COMMAND} -E copy_directory ${CMAKE_BINARY_DIR}/arm64/${PRODUCT_NAME}.app ${bundle}
+    COMMAND ${CMAKE_COMMAND} -E copy_directory ${CMAKE_BINARY_DIR}/${previous}/${PRODUCT_NAME}.app ${bundle}
     COMMAND ${LIPO} -create ${slices} -output ${bundle}/Contents/MacOS/${PRODUCT_NAME}
     VERBATIM)
-add_dependencies(bundle arm64 x86_64)
+add_dependencies(bundle ${previous})

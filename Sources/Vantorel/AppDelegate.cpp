@@ -3,6 +3,8 @@
 #include "LoginItem.h"
 #include "Prefs.h"
 
+#include <utility>
+
 void AppDelegate::applicationDidFinishLaunching(const NS::Notification&) {
     Prefs::registerDefaults();
     if (Prefs::d().stringForKey(Prefs::appLanguage)) {
@@ -24,7 +26,18 @@ void AppDelegate::welcome() {
 }
 
 void AppDelegate::start() {
-    statusController_ = StatusItemController::create(sleepGuard_);
+    auto scheduleEngine = ScheduleEngine::create(sleepGuard_);
+    auto statusController = StatusItemController::create(sleepGuard_);
+    statusController->onManualToggle = [weak = std::weak_ptr(scheduleEngine)] {
+        const auto engine = weak.lock();
+        if (engine && Prefs::d().boolForKey(Prefs::scheduleEnabled)) {
+            engine->manualOverride = true;
+            engine->overrideSetAt = NS::Date::date();
+        }
+    };
+    scheduleEngine_ = std::move(scheduleEngine);
+    statusController_ = std::move(statusController);
+    scheduleEngine_->reconcile();
 }
 
 void AppDelegate::applicationWillTerminate(const NS::Notification&) {

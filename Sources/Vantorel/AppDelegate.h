@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/AppKit/Application.h"
+#include "ScheduleEngine.h"
 #include "SleepGuard.h"
 #include "StatusItemController.h"
 #include "WelcomeWindowController.h"
@@ -20,5 +21,6 @@ private:
 
     std::shared_ptr<SleepGuard> sleepGuard_ = std::make_shared<SleepGuard>();
     std::shared_ptr<StatusItemController> statusController_;
+    std::shared_ptr<ScheduleEngine> scheduleEngine_;
     std::shared_ptr<WelcomeWindowController> welcomeController_; // only while its window is pending
 };

@@ -251,12 +251,12 @@ class Desktop(contextlib.AbstractContextManager):
 
     # The program
 
-    def start(self, app=APP, environment=None, **options):
-        """Starts the program; its standard error goes to `log()`."""
+    def start(self, app=APP, environment=None, command=(), **options):
+        """Starts the program, or a command that becomes it; its standard error goes to `log()`."""
         self._log = open(self.folder / "log", "ab")
         self.stack.callback(self._log.close)
-        self.app_process = self.spawn([str(app / "Contents/MacOS/Vantorel")], stderr=self._log, stdout=self._log,
-                                      environment=environment or {}, **options)
+        self.app_process = self.spawn(command or [str(app / "Contents/MacOS/Vantorel")], stderr=self._log,
+                                      stdout=self._log, environment=environment or {}, **options)
         return self.app_process
 
     def log(self):

@@ -8,38 +8,18 @@ As a program: one JSON object a line on standard input, {"do": <command>, ...}; 
 
 import json
 import os
-import struct
 import subprocess
 import sys
 import time
-import zlib
 
 WATCHER = "org.kde.StatusNotifierWatcher"
 WATCHER_PATH = "/StatusNotifierWatcher"
 ITEM = "org.kde.StatusNotifierItem"
 ITEM_PATH = "/StatusNotifierItem"
+MENU = "com.canonical.dbusmenu"
 PROPERTIES = "org.freedesktop.DBus.Properties"
 CALL_TIMEOUT = 5  # seconds
 PYTHON = "/usr/bin/python3"  # the system's: another one in the path has no D-Bus
-
-
-def png(width, height, rgba):
-    """The bytes of a PNG file."""
-
-    def chunk(kind, data):
-        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
-
-    rows = b"".join(b"\0" + rgba[y * width * 4 : (y + 1) * width * 4] for y in range(height))
-    header = struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0)
-    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
-
-
-def rgba_of(argb):
-    """Pixels as an item sends them, in the order of a PNG file."""
-    pixels = bytearray(len(argb))
-    for channel, source in enumerate((1, 2, 3, 0)):
-        pixels[channel::4] = argb[source::4]
-    return bytes(pixels)
 
 
 class StatusNotifierHost:
@@ -82,6 +62,22 @@ class StatusNotifierHost:
             if time.monotonic() > deadline:
                 raise TimeoutError(f"{len(items)} items, not {count}: {items}")
             time.sleep(0.02)
+
+    def pixel(self, size, x, y):
+        """The item's picture of `size` pixels at a place given as a share of its sides: red, green, blue, alpha."""
+        row, column = int(y * size), int(x * size)
+        alpha, red, green, blue = self.call("icon", size=size)[row * size + column]
+        return red, green, blue, alpha
+
+    def menu_lines(self):
+        """The lines of the item's menu as a panel shows them when it opens it: pairs of a number and properties."""
+        self.call("menu", method="AboutToShow", arguments=[0])
+        _, (_, _, lines) = self.call("menu", method="GetLayout", arguments=[0, -1, []])
+        return [(number, properties) for number, properties, _ in lines]
+
+    def choose(self, line):
+        """The user clicks a line, by its number."""
+        return self.call("menu", method="Event", arguments=[line, "clicked", "", 0])
 
     def wait_for_signal(self, name, timeout=5):
         """All signals since the last time that they were asked for, once `name` is among them."""
@@ -166,53 +162,59 @@ def serve(registered):
                 self.items.pop(service).cancel()
                 self.StatusNotifierItemUnregistered(service + ITEM_PATH)
 
+    def plain(value):
+        """For JSON."""
+        if isinstance(value, dbus.Boolean):
+            return bool(value)
+        if isinstance(value, dict):
+            return {str(key): plain(entry) for key, entry in value.items()}
+        if isinstance(value, (tuple, list)):
+            return [plain(entry) for entry in value]
+        return int(value) if isinstance(value, int) else str(value)
+
     class Commands:
         """`item`, where a command takes it, is a name out of `items`; the first one when it is left out."""
 
         def __init__(self, watcher):
             self.watcher = watcher
             self.seen = []
-            bus.add_signal_receiver(
-                lambda *_, member: self.seen.append(str(member)),
-                dbus_interface=ITEM,
-                path=ITEM_PATH,
-                member_keyword="member",
-            )
+            for interface in (ITEM, MENU):
+                bus.add_signal_receiver(
+                    lambda *_, member: self.seen.append(str(member)), dbus_interface=interface, member_keyword="member"
+                )
 
         def items(self):
             return list(self.watcher.items)
 
         def signals(self):
-            """The names of the items' signals since the last time."""
+            """The names of the signals of items and menus since the last time."""
             seen, self.seen = self.seen, []
             return seen
 
         def properties(self, item=None):
             """All but the pictures; of these, the sizes."""
             everything = self._call(item, PROPERTIES, "GetAll", ITEM)
-            result = {}
             for name, value in everything.items():
                 if name.endswith("Pixmap"):
-                    value = [[int(width), int(height)] for width, height, _ in value]
-                elif name == "ToolTip":
-                    value = {"icon": str(value[0]), "title": str(value[2]), "text": str(value[3])}
-                elif isinstance(value, (dbus.Boolean, dbus.Int32, dbus.UInt32)):
-                    value = bool(value) if isinstance(value, dbus.Boolean) else int(value)
-                else:
-                    value = str(value)
-                result[str(name)] = value
-            return result
+                    everything[name] = [[width, height] for width, height, _ in value]
+            return plain(everything)
+
+        def menu(self, method, arguments, item=None):
+            """What a method of the item's menu answers; it must say itself what arguments it takes."""
+            proxy = bus.get_object(item or next(iter(self.watcher.items)), self._menu_path(item))
+            return plain(proxy.get_dbus_method(method, MENU)(*arguments, timeout=CALL_TIMEOUT))
+
+        def menu_properties(self, item=None):
+            return plain(self._call(item, PROPERTIES, "GetAll", MENU, path=self._menu_path(item)))
 
         def introspect(self, item=None):
             return str(self._call(item, "org.freedesktop.DBus.Introspectable", "Introspect"))
 
-        def icon(self, size, path, item=None):
-            """Saves the picture of `size` pixels as a PNG file."""
-            for width, height, argb in self._call(item, PROPERTIES, "Get", ITEM, "IconPixmap"):
+        def icon(self, size, item=None):
+            """The pixels of the picture of `size` pixels, row by row: alpha, red, green, blue."""
+            for width, _, argb in self._call(item, PROPERTIES, "Get", ITEM, "IconPixmap"):
                 if width == size:
-                    with open(path, "wb") as file:
-                        file.write(png(int(width), int(height), rgba_of(bytes(argb))))
-                    return path
+                    return [list(bytes(argb[at : at + 4])) for at in range(0, len(argb), 4)]
             raise ValueError(f"no picture of {size} pixels")
 
         def activate(self, x=0, y=0, item=None):
@@ -245,9 +247,12 @@ def serve(registered):
             self._call(item, ITEM, method, *arguments)
             return round((time.monotonic() - start) * 1000, 2)
 
-        def _call(self, item, interface, method, *arguments):
+        def _menu_path(self, item):
+            return self._call(item, PROPERTIES, "Get", ITEM, "Menu")
+
+        def _call(self, item, interface, method, *arguments, path=ITEM_PATH):
             service = item or next(iter(self.watcher.items))
-            proxy = bus.get_object(service, ITEM_PATH, introspect=False)
+            proxy = bus.get_object(service, path, introspect=False)
             return proxy.get_dbus_method(method, interface)(*arguments, timeout=CALL_TIMEOUT)
 
     def answer(commands, line):

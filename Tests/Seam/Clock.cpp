@@ -1,8 +1,12 @@
 #include "Clock.h"
 
+#include "Platform/AppKit/Workspace.h"
+#include "Platform/Linux/Foundation/NotificationCenterNative.h"
 #include "Platform/Linux/Foundation/SystemTimeZone.h"
+#include "Platform/Linux/Foundation/TimerNative.h"
 
 #include <QTimeZone>
+#include <algorithm>
 
 namespace Seam {
 
@@ -10,6 +14,34 @@ namespace {
 
 NS::Date now = NS::Date::dateWithTimeIntervalSince1970(1'700'000'000);
 QTimeZone zone("UTC");
+
+class VirtualAlarm : public NS::Alarm {
+public:
+    VirtualAlarm(const NS::Date& date, std::function<void()> callback) : date(date), callback(std::move(callback)) {
+        all().push_back(this);
+    }
+    ~VirtualAlarm() override { std::erase(all(), this); }
+
+    static std::vector<VirtualAlarm*>& all() {
+        static std::vector<VirtualAlarm*> alarms;
+        return alarms;
+    }
+
+    static VirtualAlarm* earliest() {
+        const auto first = std::min_element(all().begin(), all().end(),
+                                            [](const auto* a, const auto* b) { return a->date < b->date; });
+        return first == all().end() ? nullptr : *first;
+    }
+
+    void goOff() {
+        const auto last = callback; // which may destroy this alarm
+        std::erase(all(), this);
+        last();
+    }
+
+    const NS::Date date;
+    const std::function<void()> callback;
+};
 
 } // namespace
 
@@ -22,9 +54,52 @@ void setNow(const NS::Date& instant) {
     now = instant;
 }
 
+void runUntil(const NS::Date& date) {
+    for (auto* alarm = VirtualAlarm::earliest(); alarm && alarm->date <= date; alarm = VirtualAlarm::earliest()) {
+        now = std::max(now, alarm->date);
+        alarm->goOff();
+    }
+    now = date;
+}
+
+void sleepUntil(const NS::Date& date) {
+    now = date;
+    runUntil(date);
+    announceWake();
+}
+
+std::vector<NS::Date> scheduledTimers() {
+    std::vector<NS::Date> dates;
+    for (const auto* alarm : VirtualAlarm::all()) {
+        dates.push_back(alarm->date);
+    }
+    std::sort(dates.begin(), dates.end());
+    return dates;
+}
+
+void announceWake() {
+    NS::Workspace::sharedWorkspace().notificationCenter().postNotificationName(NS::WorkspaceDidWakeNotification());
+}
+
+void announceClockChange() {
+    NS::NotificationCenter::defaultCenter().postNotificationName(NS::SystemClockDidChangeNotification());
+}
+
+void announceTimeZoneChange() {
+    NS::NotificationCenter::defaultCenter().postNotificationName(NS::SystemTimeZoneDidChangeNotification());
+}
+
 } // namespace Seam
 
 namespace NS {
+
+namespace {
+
+struct WorkspaceNative : Native {
+    NotificationCenter center = makeNotificationCenter();
+};
+
+} // namespace
 
 Date Date::date() {
     return Seam::now;
@@ -32,6 +107,24 @@ Date Date::date() {
 
 QTimeZone systemTimeZone() {
     return Seam::zone;
+}
+
+std::unique_ptr<Alarm> makeAlarm(const Date& date, std::function<void()> callback) {
+    return std::make_unique<Seam::VirtualAlarm>(date, std::move(callback));
+}
+
+const std::string& WorkspaceDidWakeNotification() {
+    static const std::string name = "NSWorkspaceDidWakeNotification";
+    return name;
+}
+
+Workspace Workspace::sharedWorkspace() {
+    static const auto& workspace = *new Workspace(Bridge::handle<Workspace>(std::make_shared<WorkspaceNative>()));
+    return workspace;
+}
+
+NotificationCenter Workspace::notificationCenter() const {
+    return Bridge::native<WorkspaceNative>(*this).center;
 }
 
 } // namespace NS

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Date.h"
 
 #include <string>
+#include <vector>
 
 /// The time of the unit tests: it stands still until a test moves it.
 namespace Seam {
@@ -10,7 +11,21 @@ namespace Seam {
 /// Puts the user into a zone, such as "Europe/Berlin". Tells nobody.
 void setTimeZone(const std::string& identifier);
 
-/// Sets the clock without doing what is due. Tells nobody.
+/// Sets the clock, either way, without doing what is due. Tells nobody.
 void setNow(const NS::Date& now);
+
+/// Lets time pass until `date`: everything that falls due happens at its own time.
+void runUntil(const NS::Date& date);
+
+/// The machine sleeps until `date`: what fell due happens late, all at once, before anyone is told of the waking.
+void sleepUntil(const NS::Date& date);
+
+/// When the timers that are scheduled are due, earliest first.
+std::vector<NS::Date> scheduledTimers();
+
+/// The notifications, as the system posts them.
+void announceWake();
+void announceClockChange();
+void announceTimeZoneChange();
 
 } // namespace Seam

@@ -16,12 +16,10 @@ Value numberValue(NSNumber* number) {
     if (CFGetTypeID((__bridge CFTypeRef)number) == CFBooleanGetTypeID()) {
         return Value(static_cast<bool>([number boolValue]));
     }
-    // The greatest unsigned numbers would wrap around to negative ones.
-    const bool wraps = [number longLongValue] < 0 && [number doubleValue] > 0;
-    if (wraps || CFNumberIsFloatType((__bridge CFNumberRef)number)) {
-        return Value([number doubleValue]);
-    }
-    return Value(std::int64_t{[number longLongValue]});
+    const double real = [number doubleValue];
+    const std::int64_t integer = [number longLongValue];
+    const bool wraps = integer < 0 && real > 0; // an unsigned number above all signed ones
+    return wraps || CFNumberIsFloatType((__bridge CFNumberRef)number) ? Value(real) : Value(integer);
 }
 
 Array toArray(NSArray* array) {

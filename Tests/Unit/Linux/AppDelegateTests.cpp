@@ -5,6 +5,7 @@
 #include "Platform/ServiceManagement/AppService.h"
 #include "Prefs.h"
 #include "Seam/Bar.h"
+#include "Seam/Clock.h"
 #include "Seam/Power.h"
 
 #include <QAbstractButton>
@@ -75,6 +76,46 @@ TEST_F(AppDelegateTest, QuittingFromTheWelcomeWindowLeavesNoLanguage) {
     launch();
     terminate();
     EXPECT_EQ(Prefs::d().stringForKey(Prefs::appLanguage), std::nullopt);
+}
+
+/// Noon in UTC, the zone of the tests.
+NS::Date noon() {
+    return NS::Date::dateWithTimeIntervalSince1970(1'714'996'800);
+}
+
+struct ScheduledAppDelegateTest : AppDelegateTest {
+    ScheduledAppDelegateTest() {
+        Seam::setNow(noon());
+        Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+        Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    }
+};
+
+TEST_F(ScheduledAppDelegateTest, StartingBringsTheGuardIntoLineWithTheSchedule) {
+    launch();
+    EXPECT_EQ(Seam::power().held.size(), 1U);
+    EXPECT_EQ(Seam::scheduledTimers().size(), 2U);
+}
+
+TEST_F(ScheduledAppDelegateTest, AClickOverridesTheScheduleUntilItsNextTime) {
+    launch();
+    Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
+    EXPECT_TRUE(Seam::power().held.empty());
+    Seam::runUntil(noon().dateByAddingTimeInterval(3600));
+    Seam::announceWake();
+    EXPECT_TRUE(Seam::power().held.empty()); // the override was set with the time of the click
+    Seam::runUntil(noon().dateByAddingTimeInterval(21 * 3600));
+    EXPECT_EQ(Seam::power().held.size(), 1U); // 09:00 came
+}
+
+TEST_F(ScheduledAppDelegateTest, AClickWhileTheScheduleIsOffOverridesNothing) {
+    Prefs::d().setBoolForKey(false, Prefs::scheduleEnabled);
+    launch();
+    Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
+    Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
+    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    Seam::announceWake(); // no override stands in the way of the window
+    EXPECT_EQ(Seam::power().held.size(), 1U);
 }
 
 TEST_F(AppDelegateTest, QuittingWhileActiveReleasesTheAssertionAndShowsIt) {

@@ -189,6 +189,8 @@ TEST(CalendarTests, AWrittenRuleIsAZoneToo) {
 }
 
 TEST(CalendarTests, TheRulesGoOnBeyondTheZonesTable) {
+    EXPECT_EQ(berlin.next("2037-10-25T01:00:00Z", "9:00"), "2037-10-25T08:00:00Z"); // the table's last change
+    EXPECT_EQ(berlin.next("2038-03-28T00:00:00Z", "2:30"), "2038-03-28T01:00:00Z");
     EXPECT_EQ(berlin.next("2150-03-29T00:00:00Z", "2:30"), "2150-03-29T01:00:00Z");
     EXPECT_EQ(berlin.next("2150-10-25T00:30:01Z", "2:30"), "2150-10-25T01:30:00Z");
 }

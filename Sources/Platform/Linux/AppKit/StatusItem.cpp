@@ -26,18 +26,30 @@ void StatusItemNative::mouseUp(const Event& event, const QPoint& where) {
         open->close();
         return;
     }
-    if (!contains(mask, event.type)) {
-        return;
-    }
     lastClick_ = where;
+    act(event);
+}
+
+void StatusItemNative::act(const Event& event) {
     const CurrentEvent current(event);
-    if (const auto copy = action) {
+    if (const auto copy = action; copy && contains(mask, event.type)) {
         copy();
     }
 }
 
+Menu StatusItemNative::menuOfRightClick() {
+    const auto alive = shared_from_this(); // the action may let go of the item
+    Menu opened;
+    asked_ = &opened;
+    act({EventType::RightMouseUp});
+    asked_ = nullptr;
+    return opened;
+}
+
 void StatusItemNative::performClick() {
-    if (menu) {
+    if (menu && asked_) {
+        *asked_ = menu;
+    } else if (menu) {
         Bridge::shared<MenuNative>(menu)->popUp(lastClick_);
     } else if (const auto copy = action) {
         copy();

@@ -34,9 +34,14 @@ struct StatusItemNative : Native, std::enable_shared_from_this<StatusItemNative>
     void mouseUp(const Event& event, const QPoint& where);
     /// Opens the menu where the last click was and returns when it has closed; without a menu, runs the action.
     void performClick();
+    /// The menu that a right click opens now, not opened: for a bar that shows menus itself. Absent when it opens none.
+    Menu menuOfRightClick();
 
 private:
+    void act(const Event& event);
+
     QPoint lastClick_;
+    Menu* asked_ = nullptr; // where performClick leaves the menu instead of opening it
 };
 
 /// The presenter of this session: by StatusNotifierItem where a host is registered, in the X11 tray otherwise,

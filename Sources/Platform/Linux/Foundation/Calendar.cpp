@@ -36,11 +36,6 @@ Seconds timeOfDay(Seconds reading) {
     return (reading % day + day) % day;
 }
 
-/// The first reading from `earliest` on that shows `time`.
-Seconds readingFrom(Seconds earliest, Seconds time) {
-    return earliest + timeOfDay(time - earliest);
-}
-
 bool isBelow(Seconds end, const std::optional<long>& number) {
     return number && *number >= 0 && *number < end;
 }
@@ -53,13 +48,37 @@ std::optional<Seconds> timeNamedBy(const DateComponents& components) {
     return *components.hour * hour + *components.minute * minute + *components.second;
 }
 
-Seconds offsetAt(const QTimeZone& zone, Seconds instant) {
-    return zone.offsetFromUtc(QDateTime::fromMSecsSinceEpoch(instant * 1000, Qt::UTC));
+QDateTime milliseconds(Seconds instant, qint64 more = 0) {
+    return QDateTime::fromMSecsSinceEpoch(instant * 1000 + more, Qt::UTC);
 }
 
 Seconds nextChange(const QTimeZone& zone, Seconds instant) {
-    const auto change = zone.nextTransition(QDateTime::fromMSecsSinceEpoch(instant * 1000, Qt::UTC)).atUtc;
+    // A millisecond on: asked at the very last change that the zone's file lists, Qt 6.4 finds none of those that
+    // the file's closing rule still brings.
+    const auto change = zone.nextTransition(milliseconds(instant, 1)).atUtc;
     return change.isValid() ? change.toSecsSinceEpoch() : never;
+}
+
+/// A time under one offset from UTC, from an instant that was asked for to the next change.
+struct Stretch {
+    Seconds begin;
+    Seconds end;
+    Seconds offset;
+};
+
+Stretch stretchAt(const QTimeZone& zone, Seconds instant) {
+    // Kept, since the same days are asked for over and over, and Qt takes its time where it goes by a rule.
+    thread_local QTimeZone lastZone;
+    thread_local Stretch last = {};
+    if (zone != lastZone || instant < last.begin || instant >= last.end) {
+        last = {instant, nextChange(zone, instant), zone.offsetFromUtc(milliseconds(instant))};
+        lastZone = zone;
+    }
+    return last;
+}
+
+Seconds readingAt(const QTimeZone& zone, Seconds instant) {
+    return instant + stretchAt(zone, instant).offset;
 }
 
 /// The first instant after `after` at which the clock shows `time`, or at which it has just skipped that: `admits` says
@@ -67,31 +86,29 @@ Seconds nextChange(const QTimeZone& zone, Seconds instant) {
 template <class Admits>
 Seconds firstInstant(const QTimeZone& zone, Seconds after, Seconds time, Admits admits) {
     const auto next = [time, admits](Seconds earliest) {
-        Seconds reading = readingFrom(earliest, time);
+        Seconds reading = earliest + timeOfDay(time - earliest);
         while (!admits(reading)) {
             reading += day;
         }
         return reading;
     };
-    Seconds offset = offsetAt(zone, after);
-    Seconds change = nextChange(zone, after);
+    Stretch now = stretchAt(zone, after);
     for (Seconds from = after + 1;;) {
-        if (const Seconds instant = next(from + offset) - offset; instant < change) {
+        if (const Seconds instant = next(from + now.offset) - now.offset; instant < now.end) {
             return instant;
         }
-        const Seconds newOffset = offsetAt(zone, change);
-        if (newOffset - offset < day && next(change + offset) < change + newOffset) {
-            return change;
+        const Stretch later = stretchAt(zone, now.end);
+        if (later.offset - now.offset < day && next(now.end + now.offset) < now.end + later.offset) {
+            return now.end;
         }
-        from = change;
-        offset = newOffset;
-        change = nextChange(zone, change);
+        from = now.end;
+        now = later;
     }
 }
 
 /// The first instant of the local day of `instant`.
 Seconds startOfDay(const QTimeZone& zone, Seconds instant) {
-    const Seconds reading = instant + offsetAt(zone, instant);
+    const Seconds reading = readingAt(zone, instant);
     const Seconds midnight = reading - timeOfDay(reading);
     const auto isFromThatDay = [midnight](Seconds other) { return other >= midnight; };
     // A day can be two days long: so it was where the date line was moved across a place.
@@ -113,7 +130,7 @@ std::optional<Date> Calendar::nextDateAfterDate(const Date& date, const DateComp
     const auto& zone = Bridge::native<CalendarNative>(*this).zone;
     // From the second in which the clock shows a time, the same reading an hour later is passed over: a timer that
     // fires when it is due is not armed for the repetition.
-    const auto isAnother = [shown = *start + offsetAt(zone, *start)](Seconds reading) { return reading != shown; };
+    const auto isAnother = [shown = readingAt(zone, *start)](Seconds reading) { return reading != shown; };
     return dateOf(firstInstant(zone, *start, *time, isAnother));
 }
 
@@ -127,7 +144,7 @@ std::optional<Date> Calendar::dateBySettingHour(long hour, long minute, long sec
     const Seconds start = startOfDay(zone, *instant);
     // What the clock skipped before it showed `opening` counts from just before the day; a later time does not: where
     // it was yesterday's last hour that was skipped, today still has it to come.
-    const Seconds opening = timeOfDay(start + offsetAt(zone, start));
+    const Seconds opening = timeOfDay(readingAt(zone, start));
     const auto any = [](Seconds) { return true; };
     return dateOf(firstInstant(zone, *time > opening ? start : start - 1, *time, any));
 }
@@ -138,7 +155,7 @@ DateComponents Calendar::hourAndMinuteOfDate(const Date& date) const {
         return {};
     }
     const auto& zone = Bridge::native<CalendarNative>(*this).zone;
-    const Seconds time = timeOfDay(*instant + offsetAt(zone, *instant));
+    const Seconds time = timeOfDay(readingAt(zone, *instant));
     return {time / hour, time % hour / minute, {}};
 }
 

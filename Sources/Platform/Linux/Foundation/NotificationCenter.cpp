@@ -1,5 +1,6 @@
 #include "Platform/Foundation/NotificationCenter.h"
 
+#include "Platform/Linux/Foundation/NotificationCenterNative.h"
 #include "Platform/Linux/Native.h"
 
 #include <algorithm>
@@ -44,11 +45,24 @@ NotificationCenterNative& native(const NotificationCenter& center) {
 
 } // namespace
 
+NotificationCenter makeNotificationCenter() {
+    return Bridge::handle<NotificationCenter>(std::make_shared<NotificationCenterNative>());
+}
+
 NotificationCenter NotificationCenter::defaultCenter() {
     // Never destroyed: threads may still post while the process ends.
-    static const auto& center =
-        *new NotificationCenter(Bridge::handle<NotificationCenter>(std::make_shared<NotificationCenterNative>()));
+    static const auto& center = *new NotificationCenter(makeNotificationCenter());
     return center;
+}
+
+const std::string& SystemClockDidChangeNotification() {
+    static const std::string name = "NSSystemClockDidChangeNotification";
+    return name;
+}
+
+const std::string& SystemTimeZoneDidChangeNotification() {
+    static const std::string name = "NSSystemTimeZoneDidChangeNotification";
+    return name;
 }
 
 Observer NotificationCenter::addObserverForName(const std::string& name,

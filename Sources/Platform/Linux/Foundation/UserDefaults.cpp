@@ -110,11 +110,7 @@ void UserDefaultsNative::scheduleWrite() {
         write();
         return;
     }
-    const auto later = [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) {
-            self->write();
-        }
-    };
+    const auto later = [self = shared_from_this()] { self->write(); };
     QMetaObject::invokeMethod(application, later, Qt::QueuedConnection);
 }
 

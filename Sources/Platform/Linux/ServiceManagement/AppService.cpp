@@ -147,7 +147,7 @@ std::optional<Error> AppService::unregisterAndReturnError() {
         return std::nullopt;
     }
     const std::error_code error(errno, std::generic_category());
-    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) {
+    if (error == std::errc::no_such_file_or_directory) {
         return Error{"The service is not registered: there is no " + entry.string()};
     }
     return Error{entry.string() + ": " + error.message()};

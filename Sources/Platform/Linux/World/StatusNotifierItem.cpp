@@ -2,11 +2,11 @@
 
 #include "Click.h"
 #include "DBusCall.h"
+#include "DBusStruct.h"
 #include "PanelIcon.h"
 
 #include <QCoreApplication>
 #include <QCursor>
-#include <QDBusArgument>
 #include <QDBusMetaType>
 #include <QGuiApplication>
 #include <QtEndian>
@@ -14,31 +14,19 @@
 namespace NS {
 
 QDBusArgument& operator<<(QDBusArgument& out, const IconPixmap& pixmap) {
-    out.beginStructure();
-    out << pixmap.width << pixmap.height << pixmap.bytes;
-    out.endStructure();
-    return out;
+    return writeStruct(out, pixmap.width, pixmap.height, pixmap.bytes);
 }
 
 const QDBusArgument& operator>>(const QDBusArgument& in, IconPixmap& pixmap) {
-    in.beginStructure();
-    in >> pixmap.width >> pixmap.height >> pixmap.bytes;
-    in.endStructure();
-    return in;
+    return readStruct(in, pixmap.width, pixmap.height, pixmap.bytes);
 }
 
 QDBusArgument& operator<<(QDBusArgument& out, const ItemToolTip& toolTip) {
-    out.beginStructure();
-    out << toolTip.iconName << toolTip.icon << toolTip.title << toolTip.text;
-    out.endStructure();
-    return out;
+    return writeStruct(out, toolTip.iconName, toolTip.icon, toolTip.title, toolTip.text);
 }
 
 const QDBusArgument& operator>>(const QDBusArgument& in, ItemToolTip& toolTip) {
-    in.beginStructure();
-    in >> toolTip.iconName >> toolTip.icon >> toolTip.title >> toolTip.text;
-    in.endStructure();
-    return in;
+    return readStruct(in, toolTip.iconName, toolTip.icon, toolTip.title, toolTip.text);
 }
 
 namespace {
@@ -80,7 +68,7 @@ QPoint clickPosition(int x, int y) {
 
 StatusNotifierItem::StatusNotifierItem(StatusItemNative& item, const QString& title, const QDBusConnection& bus,
                                        const SystemTray* tray)
-    : item_(item), title_(title), bus_(bus), appearance_(bus, tray) {
+    : item_(item), title_(title), bus_(bus), appearance_(bus, tray), menu_(item, bus) {
     registerTypes();
     connect(&appearance_, &PanelAppearance::changed, this, &StatusNotifierItem::NewIcon);
     bus_.registerObject(path, this,
@@ -116,6 +104,11 @@ void StatusNotifierItem::registerAs(const QString& name) {
     });
 }
 
+void StatusNotifierItem::imageChanged() {
+    menu_.refreshLater(); // with the picture, what the menu says may change
+    Q_EMIT NewIcon();
+}
+
 IconPixmaps StatusNotifierItem::iconPixmaps() const {
     IconPixmaps pixmaps;
     if (item_.image) {
@@ -128,11 +121,6 @@ IconPixmaps StatusNotifierItem::iconPixmaps() const {
 
 ItemToolTip StatusNotifierItem::toolTip() const {
     return {{}, {}, item_.toolTip, {}};
-}
-
-// The path that hosts know to mean that the item opens its menu itself.
-QDBusObjectPath StatusNotifierItem::menu() const {
-    return QDBusObjectPath(QStringLiteral("/NO_DBUSMENU"));
 }
 
 void StatusNotifierItem::Activate(int x, int y) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DBusMenu.h"
 #include "PanelAppearance.h"
 #include "Platform/Linux/AppKit/StatusItemNative.h"
 
@@ -55,7 +56,7 @@ public:
                        const SystemTray* tray);
     ~StatusNotifierItem() override;
 
-    void imageChanged() override { Q_EMIT NewIcon(); }
+    void imageChanged() override;
     void toolTipChanged() override { Q_EMIT NewToolTip(); }
 
     QString category() const { return QStringLiteral("ApplicationStatus"); }
@@ -67,7 +68,7 @@ public:
     IconPixmaps iconPixmaps() const;
     ItemToolTip toolTip() const;
     bool itemIsMenu() const { return false; }
-    QDBusObjectPath menu() const;
+    QDBusObjectPath menu() const { return DBusMenu::path(); }
 
 public Q_SLOTS:
     Q_SCRIPTABLE void Activate(int x, int y);
@@ -95,6 +96,7 @@ private:
     QString title_;
     QDBusConnection bus_;
     PanelAppearance appearance_;
+    DBusMenu menu_;
 };
 
 } // namespace NS

@@ -4,16 +4,19 @@
 
 #include <QByteArray>
 #include <array>
+#include <climits>
 #include <mutex>
+#include <optional>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace NS {
 
 namespace {
 
-const std::filesystem::path localTime = "/etc/localtime";
-const std::filesystem::path nameFile = "/etc/timezone";
-const std::string database = "/usr/share/zoneinfo/";
+constexpr const char* localTime = "/etc/localtime";
+constexpr const char* nameFile = "/etc/timezone";
+constexpr const char* database = "/usr/share/zoneinfo/";
 
 // The functions below answer an invalid zone where there is none.
 
@@ -56,10 +59,10 @@ QTimeZone zoneOfEnvironment(std::string value) {
     return zone.isValid() ? zone : zoneOfRule(value);
 }
 
-QTimeZone zoneOfLink() {
+QTimeZone zoneOfLink(const std::string& target) {
+    const QTimeZone zone = zoneOfPath(target);
     std::error_code error;
-    const QTimeZone zone = zoneOfPath(std::filesystem::read_symlink(localTime, error));
-    return zone.isValid() ? zone : zoneOfPath(std::filesystem::canonical(localTime, error));
+    return zone.isValid() ? zone : zoneOfPath(std::filesystem::canonical(localTime, error)); // over further links
 }
 
 QTimeZone zoneOfNameFile() {
@@ -70,58 +73,54 @@ QTimeZone zoneOfNameFile() {
     return zoneOfName(QByteArray::fromStdString(text.substr(0, text.find('\n'))).trimmed().toStdString());
 }
 
-QTimeZone zoneInForce(const std::string& environment) {
-    QTimeZone zone = zoneOfEnvironment(environment);
-    if (!zone.isValid()) {
-        zone = zoneOfLink();
-    }
-    if (!zone.isValid()) {
-        zone = zoneOfNameFile();
-    }
-    if (!zone.isValid()) {
-        zone = zoneOfName("../../.." + localTime.string()); // the zone itself may have been copied there
-    }
-    return zone.isValid() ? zone : QTimeZone::utc();
+/// What shows that the zone in force may have changed.
+struct Sources {
+    std::string environment;
+    std::string link; // where the link to the zone leads
+    std::array<qint64, 3> nameFile;
+
+    bool operator==(const Sources&) const = default;
+};
+
+std::string linkTarget() {
+    char target[PATH_MAX];
+    const ssize_t size = readlink(localTime, target, sizeof target);
+    return std::string(target, size > 0 ? static_cast<std::size_t>(size) : 0);
 }
 
-/// What changes whenever a file does, or another takes its place.
-using FileState = std::array<qint64, 3>;
-
-FileState stateOf(const std::filesystem::path& file) {
+std::array<qint64, 3> nameFileState() {
     struct stat status = {};
-    if (stat(file.c_str(), &status) != 0) {
+    if (stat(nameFile, &status) != 0) {
         return {};
     }
     return {static_cast<qint64>(status.st_ino), status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
 }
 
-/// All that the zone in force depends on.
-struct Sources {
-    std::string environment = qgetenv("TZ").toStdString();
-    std::filesystem::path link = linkTarget();
-    FileState localTimeState = stateOf(localTime);
-    FileState nameFileState = stateOf(nameFile);
-
-    bool operator==(const Sources&) const = default;
-
-private:
-    static std::filesystem::path linkTarget() {
-        std::error_code error;
-        return std::filesystem::read_symlink(localTime, error);
+QTimeZone zoneBy(const Sources& sources) {
+    QTimeZone zone = zoneOfEnvironment(sources.environment);
+    if (!zone.isValid()) {
+        zone = zoneOfLink(sources.link);
     }
-};
+    if (!zone.isValid()) {
+        zone = zoneOfNameFile();
+    }
+    if (!zone.isValid()) {
+        zone = zoneOfName(std::string("../../..") + localTime); // the zone itself may have been copied there
+    }
+    return zone.isValid() ? zone : QTimeZone::utc();
+}
 
 } // namespace
 
 QTimeZone systemTimeZone() {
     static std::mutex mutex;
-    static Sources known;
-    static QTimeZone zone = zoneInForce(known.environment);
+    static std::optional<Sources> known;
+    static QTimeZone zone;
 
     const std::lock_guard lock(mutex);
-    if (Sources sources; sources != known) {
-        zone = zoneInForce(sources.environment);
-        known = std::move(sources);
+    if (const Sources sources{qgetenv("TZ").toStdString(), linkTarget(), nameFileState()}; sources != known) {
+        zone = zoneBy(sources);
+        known = sources;
     }
     return zone;
 }

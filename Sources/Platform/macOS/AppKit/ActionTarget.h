@@ -4,10 +4,12 @@
 
 #include <functional>
 
+#pragma clang assume_nonnull begin
+
 /// Turns the target and selector of AppKit into a call of a function.
 @interface PlatformActionTarget : NSObject
 - (instancetype)initWithFunction:(std::function<void()>)function;
-- (void)runPlatformAction:(id)sender;
+- (void)runPlatformAction:(nullable id)sender;
 @end
 
 namespace NS {
@@ -18,9 +20,11 @@ PlatformActionTarget* makeActionTarget(id sender, std::function<void()> function
 
 /// `Sender` is an NSControl or an NSMenuItem.
 template <class Sender>
-void setActionFunction(Sender* sender, std::function<void()> function) {
+void setActionFunction(Sender* _Nonnull sender, std::function<void()> function) {
     [sender setTarget:makeActionTarget(sender, std::move(function))];
     [sender setAction:@selector(runPlatformAction:)];
 }
 
 } // namespace NS
+
+#pragma clang assume_nonnull end

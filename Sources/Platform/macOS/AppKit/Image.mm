@@ -10,7 +10,9 @@ Image Image::imageWithSize(const Size& size, bool flipped, std::function<bool(co
     // The block copies the handler, and the image keeps the block: it may draw later and on any thread.
     return handle<Image>([NSImage imageWithSize:toNSSize(size)
                                         flipped:flipped
-                                 drawingHandler:^BOOL(NSRect rect) { return enter(handler, toRect(rect)); }]);
+                                 drawingHandler:^BOOL(NSRect rect) {
+                                     return enter(handler, toRect(rect));
+                                 }]);
 }
 
 Size Image::size() const {

@@ -2,20 +2,56 @@
 
 #include "Platform/macOS/Conversions.h"
 
+#include <dispatch/dispatch.h>
+
 namespace NS {
+
+namespace {
+
+using Block = std::function<void(const Notification&)>;
+
+// The system posts these two on a thread of its choice.
+bool belongsOnMainThread(NSNotificationName name) {
+    return [name isEqualToString:NSSystemClockDidChangeNotification] ||
+           [name isEqualToString:NSSystemTimeZoneDidChangeNotification];
+}
+
+// The function comes by value: captured through a reference, it would be gone if the observer is removed meanwhile.
+void deliver(NSNotification* notification, Block block) {
+    if ([NSThread isMainThread] || !belongsOnMainThread([notification name])) {
+        block(toNotification(notification));
+        return;
+    }
+    dispatch_async(dispatch_get_main_queue(), ^{
+        enter([&] { block(toNotification(notification)); });
+    });
+}
+
+} // namespace
+
+const std::string& SystemClockDidChangeNotification() {
+    static const std::string name = toString(NSSystemClockDidChangeNotification);
+    return name;
+}
+
+const std::string& SystemTimeZoneDidChangeNotification() {
+    static const std::string name = toString(NSSystemTimeZoneDidChangeNotification);
+    return name;
+}
 
 NotificationCenter NotificationCenter::defaultCenter() {
     return handle<NotificationCenter>([NSNotificationCenter defaultCenter]);
 }
 
-Observer NotificationCenter::addObserverForName(const std::string& name,
-                                                std::function<void(const Notification&)> block) {
+Observer NotificationCenter::addObserverForName(const std::string& name, Block block) {
     // Without a queue the block runs on the posting thread, before the post returns.
     return handle<Observer>([object<NSNotificationCenter>(*this)
         addObserverForName:toNSString(name)
                     object:nil
                      queue:nil
-                usingBlock:^(NSNotification* notification) { enter(block, toNotification(notification)); }]);
+                usingBlock:^(NSNotification* notification) {
+                    enter([&] { deliver(notification, block); });
+                }]);
 }
 
 void NotificationCenter::removeObserver(const Observer& observer) {

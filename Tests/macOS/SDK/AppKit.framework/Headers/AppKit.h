@@ -84,8 +84,11 @@ typedef NS_ENUM(NSInteger, NSTextAlignment) {
 #define NSTextAlignmentRight (TARGET_CPU_X86_64 ? NSTextAlignment(1) : NSTextAlignment(2))
 
 typedef CGFloat NSFontWeight;
-extern "C" const NSFontWeight NSFontWeightRegular;
-extern "C" const NSFontWeight NSFontWeightSemibold;
+extern "C" {
+extern const NSFontWeight NSFontWeightRegular;
+extern const NSFontWeight NSFontWeightSemibold;
+extern NSNotificationName const NSWorkspaceDidWakeNotification;
+}
 
 @interface NSResponder : NSObject
 @end
@@ -106,6 +109,11 @@ extern "C" const NSFontWeight NSFontWeightSemibold;
 - (nullable NSEvent*)currentEvent;
 - (NSArray<NSWindow*>*)windows;
 - (void)activateIgnoringOtherApps:(BOOL)ignoring;
+@end
+
+@interface NSWorkspace : NSObject
++ (NSWorkspace*)sharedWorkspace;
+- (NSNotificationCenter*)notificationCenter;
 @end
 
 @interface NSEvent : NSObject
@@ -152,9 +160,7 @@ extern "C" const NSFontWeight NSFontWeightSemibold;
 @end
 
 @interface NSImage : NSObject
-+ (instancetype)imageWithSize:(NSSize)size
-                      flipped:(BOOL)flipped
-               drawingHandler:(BOOL (^)(NSRect rect))drawingHandler;
++ (instancetype)imageWithSize:(NSSize)size flipped:(BOOL)flipped drawingHandler:(BOOL (^)(NSRect rect))drawingHandler;
 - (NSSize)size;
 - (void)setTemplate:(BOOL)isTemplate;
 - (BOOL)isTemplate;

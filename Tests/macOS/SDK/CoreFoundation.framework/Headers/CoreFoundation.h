@@ -6,7 +6,9 @@
 #define CF_RETURNS_RETAINED __attribute__((cf_returns_retained))
 #define CF_BRIDGED_TYPE(T) __attribute__((objc_bridge(T)))
 
-#define CF_ENUM(_type, _name) enum __attribute__((enum_extensibility(open))) _name : _type _name; enum _name : _type
+#define CF_ENUM(_type, _name)                                                                                          \
+    enum __attribute__((enum_extensibility(open))) _name : _type _name;                                                \
+    enum _name : _type
 
 extern "C" {
 #pragma clang assume_nonnull begin
@@ -49,8 +51,8 @@ void CFRelease(CFTypeRef cf);
 CFTypeID CFGetTypeID(CFTypeRef cf);
 CFTypeID CFBooleanGetTypeID(void);
 Boolean CFNumberIsFloatType(CFNumberRef number);
-CF_RETURNS_RETAINED CFDataRef _Nullable CFDataCreate(CFAllocatorRef _Nullable allocator, const UInt8* _Nullable bytes,
-                                                     CFIndex length);
+CF_RETURNS_RETAINED CFDataRef _Null_unspecified CFDataCreate(CFAllocatorRef _Null_unspecified allocator,
+                                                             const UInt8* _Null_unspecified bytes, CFIndex length);
 void CFDataGetBytes(CFDataRef data, CFRange range, UInt8* buffer);
 
 #pragma clang arc_cf_code_audited end

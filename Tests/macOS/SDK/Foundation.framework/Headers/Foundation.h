@@ -5,7 +5,9 @@
 #import <objc/NSObject.h>
 
 #define NS_ENUM(_type, _name) CF_ENUM(_type, _name)
-#define NS_OPTIONS(_type, _name) _type _name; enum : _name
+#define NS_OPTIONS(_type, _name)                                                                                       \
+    _type _name;                                                                                                       \
+    enum : _name
 #define NS_FORMAT_FUNCTION(F, A) __attribute__((format(__NSString__, F, A)))
 
 #pragma clang assume_nonnull begin
@@ -13,7 +15,9 @@
 @class NSData;
 
 typedef NSString* NSNotificationName;
+typedef NSString* NSRunLoopMode;
 typedef NSUInteger NSStringEncoding;
+typedef double NSTimeInterval;
 
 enum : NSStringEncoding {
     NSUTF8StringEncoding = 4,
@@ -30,10 +34,27 @@ typedef struct NSEdgeInsets {
     CGFloat right;
 } NSEdgeInsets;
 
-extern "C" void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
+typedef NS_OPTIONS(NSUInteger, NSCalendarUnit) {
+    NSCalendarUnitHour = 32,
+    NSCalendarUnitMinute = 64,
+};
+
+typedef NS_OPTIONS(NSUInteger, NSCalendarOptions) {
+    NSCalendarMatchNextTime = 1 << 10,
+    NSCalendarMatchFirst = 1 << 12,
+};
+
+extern "C" {
+extern NSNotificationName const NSSystemClockDidChangeNotification;
+extern NSNotificationName const NSSystemTimeZoneDidChangeNotification;
+extern NSRunLoopMode const NSRunLoopCommonModes;
+
+void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
+}
 
 @interface NSString : NSObject
 - (nullable instancetype)initWithData:(NSData*)data encoding:(NSStringEncoding)encoding;
+- (BOOL)isEqualToString:(NSString*)other;
 - (nullable NSData*)dataUsingEncoding:(NSStringEncoding)encoding allowLossyConversion:(BOOL)lossy;
 @end
 
@@ -71,6 +92,55 @@ extern "C" void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
 @interface NSMutableDictionary<KeyType, ObjectType> : NSDictionary <KeyType, ObjectType>
 + (instancetype)dictionaryWithCapacity:(NSUInteger)capacity;
 - (void)setObject:(id)object forKey:(id)key;
+@end
+
+@interface NSDate : NSObject
++ (instancetype)date;
++ (instancetype)dateWithTimeIntervalSince1970:(NSTimeInterval)seconds;
+- (NSTimeInterval)timeIntervalSince1970;
+@end
+
+@interface NSDateComponents : NSObject
+- (void)setHour:(NSInteger)hour;
+- (NSInteger)hour;
+- (void)setMinute:(NSInteger)minute;
+- (NSInteger)minute;
+- (void)setSecond:(NSInteger)second;
+@end
+
+@interface NSCalendar : NSObject
++ (NSCalendar*)currentCalendar;
+- (NSDateComponents*)components:(NSCalendarUnit)units fromDate:(NSDate*)date;
+- (nullable NSDate*)nextDateAfterDate:(NSDate*)date
+                   matchingComponents:(NSDateComponents*)components
+                              options:(NSCalendarOptions)options;
+- (nullable NSDate*)dateBySettingHour:(NSInteger)hour
+                               minute:(NSInteger)minute
+                               second:(NSInteger)second
+                               ofDate:(NSDate*)date
+                              options:(NSCalendarOptions)options;
+@end
+
+@interface NSTimer : NSObject
+- (instancetype)initWithFireDate:(NSDate*)date
+                        interval:(NSTimeInterval)interval
+                         repeats:(BOOL)repeats
+                           block:(void (^)(NSTimer* timer))block;
+- (NSDate*)fireDate;
+- (NSTimeInterval)timeInterval;
+- (void)setTolerance:(NSTimeInterval)tolerance;
+- (NSTimeInterval)tolerance;
+- (void)invalidate;
+- (BOOL)isValid;
+@end
+
+@interface NSRunLoop : NSObject
++ (NSRunLoop*)mainRunLoop;
+- (void)addTimer:(NSTimer*)timer forMode:(NSRunLoopMode)mode;
+@end
+
+@interface NSThread : NSObject
++ (BOOL)isMainThread;
 @end
 
 @interface NSError : NSObject

@@ -1,0 +1,90 @@
+#include "Platform/Foundation/Timer.h"
+
+#include "Platform/Foundation/RunLoop.h"
+#include "Platform/Linux/Foundation/TimerNative.h"
+
+#include <cmath>
+
+namespace NS {
+
+namespace {
+
+TimerNative& native(const Timer& timer) {
+    return Bridge::native<TimerNative>(timer);
+}
+
+} // namespace
+
+void TimerNative::schedule() {
+    if (isValid && !self_) {
+        self_ = shared_from_this();
+        arm();
+    }
+}
+
+void TimerNative::arm() {
+    alarm_ = makeAlarm(fireDate, [this] { fire(); });
+}
+
+void TimerNative::fire() {
+    const auto keep = shared_from_this(); // the work may let go of every other handle
+    if (repeats) {
+        // What was slept through is not made up for.
+        const double late = Date::date().timeIntervalSince1970() - fireDate.timeIntervalSince1970();
+        fireDate = fireDate.dateByAddingTimeInterval((std::floor(late / interval) + 1) * interval);
+        arm();
+        const auto copy = block;
+        copy();
+    } else {
+        const auto last = block;
+        invalidate();
+        last();
+    }
+}
+
+void TimerNative::invalidate() {
+    isValid = false;
+    block = nullptr;
+    alarm_ = nullptr;
+    self_ = nullptr;
+}
+
+Timer Timer::timerWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block) {
+    return Bridge::handle<Timer>(std::make_shared<TimerNative>(fireDate, interval, repeats, std::move(block)));
+}
+
+Date Timer::fireDate() const {
+    return native(*this).fireDate;
+}
+
+double Timer::timeInterval() const {
+    return native(*this).repeats ? native(*this).interval : 0;
+}
+
+void Timer::setTolerance(double seconds) {
+    native(*this).tolerance = seconds; // an exact alarm is within any tolerance, and costs no more here
+}
+
+double Timer::tolerance() const {
+    return native(*this).tolerance;
+}
+
+void Timer::invalidate() {
+    const auto keep = Bridge::shared<TimerNative>(*this);
+    keep->invalidate();
+}
+
+bool Timer::isValid() const {
+    return native(*this).isValid;
+}
+
+RunLoop RunLoop::mainRunLoop() {
+    return Bridge::handle<RunLoop>(std::make_shared<Native>());
+}
+
+// There is one mode here: events of every kind are handled while a menu is open.
+void RunLoop::addTimerForCommonModes(const Timer& timer) {
+    native(timer).schedule();
+}
+
+} // namespace NS

@@ -1,0 +1,76 @@
+#include "SystemEvents.h"
+
+#include "Platform/AppKit/Workspace.h"
+#include "Platform/Linux/Foundation/SystemTimeZone.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QTimeZone>
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+namespace NS {
+
+SystemEvents::SystemEvents(NotificationCenter workspaceCenter)
+    : workspaceCenter_(std::move(workspaceCenter)), zone_(systemTimeZone().id()) {
+    // Signals by path and interface: naming the sender would make Qt wait for an answer about its owner.
+    auto bus = QDBusConnection::systemBus();
+    bus.connect(QString(), QStringLiteral("/org/freedesktop/login1"), QStringLiteral("org.freedesktop.login1.Manager"),
+                QStringLiteral("PrepareForSleep"), this, SLOT(prepareForSleep(bool)));
+    bus.connect(QString(), QStringLiteral("/org/freedesktop/timedate1"),
+                QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"), this,
+                SLOT(zoneMayHaveChanged()));
+    // The folder, since the zone's link is replaced rather than written to.
+    files_.addPath(QStringLiteral("/etc"));
+    connect(&files_, &QFileSystemWatcher::directoryChanged, this, &SystemEvents::zoneMayHaveChanged);
+    watchClock();
+}
+
+SystemEvents::~SystemEvents() {
+    clockNotifier_ = nullptr;
+    if (clock_ >= 0) {
+        close(clock_);
+    }
+}
+
+void SystemEvents::prepareForSleep(bool goingToSleep) {
+    if (!goingToSleep) {
+        workspaceCenter_.postNotificationName(WorkspaceDidWakeNotification());
+    }
+}
+
+void SystemEvents::zoneMayHaveChanged() {
+    const QByteArray zone = systemTimeZone().id();
+    if (std::exchange(zone_, zone) != zone) {
+        NotificationCenter::defaultCenter().postNotificationName(SystemTimeZoneDidChangeNotification());
+    }
+}
+
+// A timer for a day that never comes is cancelled when the clock is set.
+void SystemEvents::watchClock() {
+    clock_ = timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK);
+    if (clock_ < 0) {
+        return;
+    }
+    armClock();
+    clockNotifier_ = std::make_unique<QSocketNotifier>(clock_, QSocketNotifier::Read);
+    connect(clockNotifier_.get(), &QSocketNotifier::activated, this, [this] {
+        std::uint64_t expirations = 0;
+        const bool wasSet = read(clock_, &expirations, sizeof expirations) < 0 && errno == ECANCELED;
+        armClock();
+        if (wasSet) {
+            NotificationCenter::defaultCenter().postNotificationName(SystemClockDidChangeNotification());
+        }
+    });
+}
+
+void SystemEvents::armClock() {
+    const timespec farAway = {.tv_sec = std::numeric_limits<std::int32_t>::max() * 4L, .tv_nsec = 0};
+    const itimerspec never = {.it_interval = {}, .it_value = farAway};
+    timerfd_settime(clock_, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &never, nullptr);
+}
+
+} // namespace NS

@@ -1,0 +1,22 @@
+#include "Platform/AppKit/Workspace.h"
+
+#include "Platform/macOS/Conversions.h"
+
+#import <AppKit/AppKit.h>
+
+namespace NS {
+
+const std::string& WorkspaceDidWakeNotification() {
+    static const std::string name = toString(NSWorkspaceDidWakeNotification);
+    return name;
+}
+
+Workspace Workspace::sharedWorkspace() {
+    return handle<Workspace>([NSWorkspace sharedWorkspace]);
+}
+
+NotificationCenter Workspace::notificationCenter() const {
+    return handle<NotificationCenter>([object<NSWorkspace>(*this) notificationCenter]);
+}
+
+} // namespace NS

@@ -1,0 +1,40 @@
+#include "Platform/Foundation/Timer.h"
+
+#include "Platform/macOS/Conversions.h"
+
+namespace NS {
+
+Timer Timer::timerWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block) {
+    return handle<Timer>([[NSTimer alloc] initWithFireDate:toNSDate(fireDate)
+                                                  interval:interval
+                                                   repeats:repeats
+                                                     block:^(NSTimer*) {
+                                                         enter(block);
+                                                     }]);
+}
+
+Date Timer::fireDate() const {
+    return toDate([object<NSTimer>(*this) fireDate]);
+}
+
+double Timer::timeInterval() const {
+    return [object<NSTimer>(*this) timeInterval];
+}
+
+void Timer::setTolerance(double seconds) {
+    [object<NSTimer>(*this) setTolerance:seconds];
+}
+
+double Timer::tolerance() const {
+    return [object<NSTimer>(*this) tolerance];
+}
+
+void Timer::invalidate() {
+    [object<NSTimer>(*this) invalidate];
+}
+
+bool Timer::isValid() const {
+    return [object<NSTimer>(*this) isValid];
+}
+
+} // namespace NS

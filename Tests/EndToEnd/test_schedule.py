@@ -1,0 +1,137 @@
+"""The daily schedule in the program as it ships, under a clock of its own."""
+
+import glob
+import shutil
+import time
+import unittest
+
+import dbus
+from desktop import APP, Desktop, wait_for
+
+ON_AND_OFF = {"appLanguage": "en", "scheduleEnabled": True, "scheduleOnMinutes": 540, "scheduleOffMinutes": 1020}
+
+
+class Schedule(unittest.TestCase):
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop())
+        self.clock = self.desktop.folder / "clock"
+
+    def set_clock(self, day_and_time):
+        side = self.clock.with_suffix(".new")
+        side.write_text(f"@{day_and_time}\n")
+        side.rename(self.clock)
+
+    def start_at(self, day_and_time, zone="Europe/Berlin", command=(), **defaults):
+        """Starts the program at that local time of its zone."""
+        self.desktop.store(ON_AND_OFF | defaults)
+        self.set_clock(day_and_time)
+        [library] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
+        environment = {
+            "LD_PRELOAD": library,
+            "FAKETIME_TIMESTAMP_FILE": str(self.clock),
+            "FAKETIME_NO_CACHE": "1",
+            "FAKETIME_DONT_FAKE_MONOTONIC": "1",
+        }
+        if zone:
+            environment["TZ"] = zone
+        self.desktop.start(environment=environment, command=command)
+        self.desktop.cup_geometry()
+
+    def wake(self):
+        manager = self.desktop.bus("system").get_object("org.freedesktop.login1", "/org/freedesktop/login1")
+        for going_to_sleep in (True, False):
+            manager.EmitSignal("org.freedesktop.login1.Manager", "PrepareForSleep", "b",
+                               dbus.Array([going_to_sleep], signature="v"), dbus_interface="org.freedesktop.DBus.Mock")
+
+    def expect_on(self, seconds=5):
+        wait_for(self.desktop.cup_is_filled, seconds, "the cup to be on")
+        wait_for(self.desktop.logind_inhibitors, 1)
+
+    def expect_off(self, seconds=5):
+        wait_for(lambda: not self.desktop.cup_is_filled(), seconds, "the cup to be off")
+        wait_for(lambda: not self.desktop.logind_inhibitors(), 1)
+
+    def expect_still(self, state, seconds=1.5):
+        end = time.monotonic() + seconds
+        while time.monotonic() < end:
+            self.assertEqual(self.desktop.cup_is_filled(), state)
+            time.sleep(0.1)
+
+    def test_the_cup_turns_on_and_off_at_its_times(self):
+        self.start_at("2024-05-06 08:59:56")
+        self.expect_off()
+        self.expect_on(8)
+        self.assertEqual(self.desktop.end(), 0)
+        self.start_at("2024-05-06 16:59:56")
+        self.expect_on()
+        self.expect_off(8)
+
+    def test_it_starts_in_the_state_of_the_hour(self):
+        self.start_at("2024-05-06 23:30:00", scheduleOnMinutes=1320, scheduleOffMinutes=360)
+        self.expect_on()
+
+    def test_a_disabled_schedule_does_nothing(self):
+        self.start_at("2024-05-06 08:59:58", scheduleEnabled=False)
+        self.expect_still(False, 4)
+
+    def test_an_override_holds_until_the_next_time(self):
+        self.start_at("2024-05-06 16:59:53")
+        self.expect_on()
+        self.desktop.click_cup()
+        self.expect_off()
+        self.wake()
+        self.expect_still(False)
+        self.desktop.click_cup()
+        self.expect_on()
+        self.expect_off(8)  # 17:00 ends it
+
+    def test_sleeping_through_a_time_ends_the_override_on_waking(self):
+        self.start_at("2024-05-06 10:00:00")
+        self.expect_on()
+        self.desktop.click_cup()
+        self.expect_off()
+        self.set_clock("2024-05-07 10:00:00")
+        self.expect_still(False)
+        self.wake()
+        self.expect_on()
+
+    def test_waking_decides_by_the_present(self):
+        self.start_at("2024-05-06 10:00:00")
+        self.expect_on()
+        self.set_clock("2024-05-06 20:00:00")
+        self.wake()
+        self.expect_off()
+
+    def test_a_change_of_the_systems_time_zone_decides_at_once(self):
+        etc = self.desktop.folder / "etc"
+        shutil.copytree("/etc", etc, symlinks=True)
+        self.move_to(etc, "Europe/Berlin")
+        self.start_at("2024-05-06 10:00:00", zone=None, command=["unshare", "--mount", "sh", "-c",
+                      'mount --bind "$0" /etc && exec "$1"', str(etc), str(APP / "Contents/MacOS/Vantorel")])
+        self.expect_on()
+        self.move_to(etc, "America/New_York")  # 04:00 there
+        self.expect_off()
+        self.move_to(etc, "Europe/Berlin")
+        self.expect_on()
+
+    @staticmethod
+    def move_to(etc, zone):
+        new = etc / "localtime.new"
+        new.symlink_to(f"/usr/share/zoneinfo/{zone}")
+        new.rename(etc / "localtime")
+
+    def test_the_services_it_listens_to_may_be_absent(self):
+        self.desktop.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={self.desktop.folder}/nowhere"
+        self.start_at("2024-05-06 08:59:57")
+        wait_for(self.desktop.cup_is_filled, 8)
+
+    def test_values_nobody_should_store_are_harmless(self):
+        for on, off in ((-1, 1020), (1440, 100000), (-100000, 2 ** 62)):
+            with self.subTest(f"{on} to {off}"):
+                self.start_at("2024-05-06 12:00:00", scheduleOnMinutes=on, scheduleOffMinutes=off)
+                time.sleep(0.5)
+                self.assertEqual(self.desktop.end(), 0)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,102 @@
+"""What a Mach-O file says about itself: its slices, their load commands, symbols and code signature."""
+import hashlib
+import struct
+
+PROCESSORS = {0x01000007: "x86_64", 0x0100000C: "arm64"}
+MH_EXECUTE = 2
+MH_WEAK_DEFINES = 0x8000
+MH_PIE = 0x200000
+CS_ADHOC = 0x2
+
+LC_SYMTAB, LC_LOAD_DYLIB, LC_SEGMENT_64, LC_CODE_SIGNATURE, LC_BUILD_VERSION = 0x2, 0xC, 0x19, 0x1D, 0x32
+LC_LOADING = {0xC, 0x80000018, 0x8000001F, 0x20, 0x80000023}  # every way to load a library
+
+
+def slices(data):
+    """The slices of a universal file, by processor."""
+    magic, count = struct.unpack_from(">II", data)
+    if magic != 0xCAFEBABE:
+        raise ValueError("not a universal Mach-O file")
+    found = {}
+    for i in range(count):
+        processor, _, offset, size, _ = struct.unpack_from(">IIIII", data, 8 + 20 * i)
+        found[PROCESSORS.get(processor, hex(processor))] = Slice(data[offset:offset + size])
+    return found
+
+
+def version(number):
+    return f"{number >> 16}.{number >> 8 & 0xFF}" + (f".{number & 0xFF}" if number & 0xFF else "")
+
+
+def c_string(data, offset):
+    return data[offset:data.index(b"\0", offset)].decode()
+
+
+class Slice:
+    def __init__(self, data):
+        self.data = data
+        magic, _, _, self.filetype, count, _, self.flags, _ = struct.unpack_from("<8I", data)
+        if magic != 0xFEEDFACF:
+            raise ValueError("not a 64-bit Mach-O file")
+        self.libraries, self.sections, self.symbols = [], {}, []
+        self.platform = self.minimum_system = self.signature_offset = None
+        offset = 32
+        for _ in range(count):
+            command, size = struct.unpack_from("<II", data, offset)
+            self._read(command, offset)
+            offset += size
+
+    def _read(self, command, offset):
+        if command == LC_BUILD_VERSION:
+            self.platform, minimum = struct.unpack_from("<II", self.data, offset + 8)
+            self.minimum_system = version(minimum)
+        elif command in LC_LOADING:
+            name = struct.unpack_from("<I", self.data, offset + 8)[0]
+            self.libraries.append((command, c_string(self.data, offset + name)))
+        elif command == LC_SEGMENT_64:
+            for i in range(struct.unpack_from("<I", self.data, offset + 64)[0]):
+                at = offset + 72 + 80 * i
+                name = self.data[at:at + 16].rstrip(b"\0").decode()
+                self.sections[name] = struct.unpack_from("<Q", self.data, at + 40)[0]
+        elif command == LC_SYMTAB:
+            self._read_symbols(*struct.unpack_from("<4I", self.data, offset + 8))
+        elif command == LC_CODE_SIGNATURE:
+            self.signature_offset = struct.unpack_from("<I", self.data, offset + 8)[0]
+
+    def _read_symbols(self, offset, count, strings, _):
+        for i in range(count):
+            name, kind, _, description, _ = struct.unpack_from("<IBBHQ", self.data, offset + 16 * i)
+            self.symbols.append((c_string(self.data, strings + name), kind, description >> 8))
+
+    def undefined(self):
+        """(symbol, install name of the library it is taken from) for each symbol that others define."""
+        for name, kind, ordinal in self.symbols:
+            if kind & 0x0F == 0x01:  # external and undefined
+                known = 1 <= ordinal <= len(self.libraries)
+                yield name, self.libraries[ordinal - 1][1] if known else f"ordinal {ordinal}"
+
+    def local_symbols(self):
+        return [name for name, kind, _ in self.symbols if not kind & 0x01]
+
+    def signature_fault(self):
+        """What is wrong with the ad-hoc signature, or None: every page is hashed anew."""
+        if self.signature_offset is None:
+            return "there is none"
+        blob = self.data[self.signature_offset:]
+        magic, _, count = struct.unpack_from(">III", blob)
+        index = dict(struct.unpack_from(">II", blob, 12 + 8 * i) for i in range(count))
+        if magic != 0xFADE0CC0 or 0 not in index:
+            return "it holds no code directory"
+        directory = blob[index[0]:]
+        magic, _, _, flags, hashes, _, _, pages, limit = struct.unpack_from(">9I", directory)
+        hash_size, hash_type, _, page_bits = struct.unpack_from("4B", directory, 36)
+        if magic != 0xFADE0C02 or not flags & CS_ADHOC or hash_type != 2 or hash_size != 32:
+            return "it is not an ad-hoc one of SHA-256 hashes"
+        if limit != self.signature_offset or pages != -(-limit >> page_bits):
+            return "it does not cover the whole file"
+        for page in range(pages):
+            start = page << page_bits
+            digest = hashlib.sha256(self.data[start:min(start + (1 << page_bits), limit)]).digest()
+            if digest != directory[hashes + 32 * page:hashes + 32 * (page + 1)]:
+                return f"page {page} has another hash"
+        return None
