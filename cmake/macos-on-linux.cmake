@@ -43,7 +43,7 @@ foreach(arch ${CMAKE_OSX_ARCHITECTURES})
         COMMAND ${CMAKE_COMMAND} -S ${CMAKE_SOURCE_DIR} -B ${build} -G ${CMAKE_GENERATOR}
             --toolchain ${CMAKE_CURRENT_LIST_DIR}/macos-cross.cmake
             -DVANTOREL_MACOS_ARCH=${arch} -DVANTOREL_MACOS_RUNTIME=${runtime}
-            -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DVANTOREL_TESTS=${VANTOREL_TESTS}
+            -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DVANTOREL_TESTS=OFF
         COMMAND ${CMAKE_COMMAND} --build ${build}
         USES_TERMINAL VERBATIM)
     if(previous)

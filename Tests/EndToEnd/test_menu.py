@@ -24,9 +24,11 @@ class Tray(unittest.TestCase):
         self.desktop.cup_geometry()
 
     def tearDown(self):
-        if self.desktop.app_process.poll() is None:
-            self.assertEqual(self.desktop.end(), 0)
-        self.assertEqual(self.desktop.log(), "")
+        status = self.desktop.app_process.poll()
+        status = self.desktop.end() if status is None else status
+        log = self.desktop.log()
+        self.assertEqual(status, 0, log)
+        self.assertEqual(log, "")
 
     def tips(self):
         return self.windows(are_tips=True)

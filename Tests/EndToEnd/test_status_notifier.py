@@ -79,9 +79,11 @@ class OnPanel(StatusNotifier):
         self.host.wait_for_items()
 
     def tearDown(self):
-        if self.desktop.app_process.poll() is None:
-            self.assertEqual(self.desktop.end(), 0)
-        self.assertEqual(self.desktop.log(), "")
+        status = self.desktop.app_process.poll()
+        status = self.desktop.end() if status is None else status
+        log = self.desktop.log()
+        self.assertEqual(status, 0, log)
+        self.assertEqual(log, "")
 
 
 class Item(OnPanel):

@@ -1,6 +1,6 @@
 // Answers questions about the calendar in bulk, each in a line of its own:
 //
-//     zone <name>                           of the questions that follow; "current" is the zone that is in force now
+//     zone <name>                           of the questions that follow; "current", as at first, is the zone in force
 //     next <instant> <hour> <minute>        the next date after the instant
 //     set <instant> <hour> <minute>         that time on the instant's day
 //     time <instant>                        the instant's hour and minute
@@ -54,7 +54,7 @@ void answer(const NS::Calendar& calendar, const std::string& question) {
 
 int main() {
     std::ios::sync_with_stdio(false);
-    NS::Calendar calendar;
+    auto calendar = NS::Calendar::currentCalendar();
     std::string question;
     while (std::cin >> question) {
         if (question == "zone") {

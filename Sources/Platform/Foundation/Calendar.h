@@ -21,9 +21,9 @@ public:
     static Calendar currentCalendar();
 
     /// The first instant strictly after `date` at which the local clock reads hour, minute and second. A time that the
-    /// clock skips that day is answered by the first instant after the gap, of a time that comes twice the first counts
-    /// (matching policy next time, repeated-time policy first, direction forward). Nothing when the components name no
-    /// time of day.
+    /// clock skips that day is answered by the first instant after the gap; one that comes twice by the first of the
+    /// two, and from between the two by the second (matching policy next time, repeated-time policy first, direction
+    /// forward). Nothing when the components name no time of day.
     std::optional<Date> nextDateAfterDate(const Date& date, const DateComponents& components) const;
 
     /// That time on the local day of `date`, also when it is earlier than `date`, by the same policies.

@@ -7,9 +7,9 @@
 
 namespace NS {
 
-/// Something to do at a time by the wall clock (NSTimer): sleeping through it, or setting the clock past it, makes it
-/// due at once. It does nothing until it is added to a run loop, which then keeps it until it has fired or is
-/// invalidated. Main thread only.
+/// Something to do at a time (NSTimer). It does nothing until it is added to a run loop, which then keeps it until it
+/// has fired or is invalidated. What the machine's sleep or a clock that is set do to it differs from system to system:
+/// who depends on the wall clock listens for those notifications and arms anew. Main thread only.
 class Timer : public Object {
 public:
     /// Fires at `fireDate`, and when it repeats every `interval` seconds after that. The timer keeps the block: it must

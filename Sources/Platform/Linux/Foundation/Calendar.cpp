@@ -12,9 +12,9 @@ namespace {
 // Instants are whole seconds since 1970 in UTC, readings of the local clock whole seconds since 1970 on that clock.
 using Seconds = qint64;
 
-constexpr Seconds minute = 60;
-constexpr Seconds hour = 60 * minute;
-constexpr Seconds day = 24 * hour;
+constexpr Seconds minutes = 60;
+constexpr Seconds hours = 60 * minutes;
+constexpr Seconds day = 24 * hours;
 constexpr Seconds never = std::numeric_limits<Seconds>::max();
 
 // Some thirty thousand years either way: sums of seconds are far from overflowing, and so are Qt's milliseconds.
@@ -45,7 +45,7 @@ std::optional<Seconds> timeNamedBy(const DateComponents& components) {
     if (!isBelow(24, components.hour) || !isBelow(60, components.minute) || !isBelow(60, components.second)) {
         return {};
     }
-    return *components.hour * hour + *components.minute * minute + *components.second;
+    return *components.hour * hours + *components.minute * minutes + *components.second;
 }
 
 QDateTime milliseconds(Seconds instant, qint64 more = 0) {
@@ -81,10 +81,10 @@ Seconds readingAt(const QTimeZone& zone, Seconds instant) {
     return instant + stretchAt(zone, instant).offset;
 }
 
-/// The first instant after `after` at which the clock shows `time`, or at which it has just skipped that: `admits` says
-/// which readings count. A skipped day takes its times with it, so that those of the next one count.
+/// The first instant from `from` on at which the clock shows `time`, or at which it has just skipped that: `admits`
+/// says which readings count. A skipped day takes its times with it, so that those of the next one count.
 template <class Admits>
-Seconds firstInstant(const QTimeZone& zone, Seconds after, Seconds time, Admits admits) {
+Seconds firstInstant(const QTimeZone& zone, Seconds from, Seconds time, Admits admits) {
     const auto next = [time, admits](Seconds earliest) {
         Seconds reading = earliest + timeOfDay(time - earliest);
         while (!admits(reading)) {
@@ -92,8 +92,7 @@ Seconds firstInstant(const QTimeZone& zone, Seconds after, Seconds time, Admits 
         }
         return reading;
     };
-    Stretch now = stretchAt(zone, after);
-    for (Seconds from = after + 1;;) {
+    for (Stretch now = stretchAt(zone, from);;) {
         if (const Seconds instant = next(from + now.offset) - now.offset; instant < now.end) {
             return instant;
         }
@@ -128,7 +127,7 @@ std::optional<Date> Calendar::nextDateAfterDate(const Date& date, const DateComp
         return {};
     }
     const auto& zone = Bridge::native<CalendarNative>(*this).zone;
-    // From the second in which the clock shows a time, the same reading an hour later is passed over: a timer that
+    // What the clock shows at the start does not count, nor does the same reading when it comes again: a timer that
     // fires when it is due is not armed for the repetition.
     const auto isAnother = [shown = readingAt(zone, *start)](Seconds reading) { return reading != shown; };
     return dateOf(firstInstant(zone, *start, *time, isAnother));
@@ -156,7 +155,7 @@ DateComponents Calendar::hourAndMinuteOfDate(const Date& date) const {
     }
     const auto& zone = Bridge::native<CalendarNative>(*this).zone;
     const Seconds time = timeOfDay(readingAt(zone, *instant));
-    return {time / hour, time % hour / minute, {}};
+    return {time / hours, time % hours / minutes, {}};
 }
 
 } // namespace NS

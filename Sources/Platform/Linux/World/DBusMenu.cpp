@@ -156,10 +156,10 @@ void DBusMenu::Event(int id, const QString& eventId, const QDBusVariant&, uint) 
     if (eventId != u"clicked") {
         return;
     }
-    const auto choose = [this, menu = menu_, id]() mutable {
+    const auto choose = [this, menu = menu_, index = long{id} - 1]() mutable {
         const auto alive = item_.shared_from_this(); // the action may let go of the item
         if (menu) {
-            menu.performActionForItemAtIndex(id - 1);
+            menu.performActionForItemAtIndex(index);
         }
     };
     QMetaObject::invokeMethod(this, choose, Qt::QueuedConnection);

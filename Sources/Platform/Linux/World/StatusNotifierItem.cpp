@@ -79,7 +79,9 @@ StatusNotifierItem::StatusNotifierItem(StatusItemNative& item, const QString& ti
 
 StatusNotifierItem::~StatusNotifierItem() {
     bus_.unregisterObject(path);
-    bus_.send(callBus(QStringLiteral("ReleaseName")) << itemName());
+    if (bus_.isConnected()) { // not when the process ends: the bus knows, and what is sent then is leaked
+        bus_.send(callBus(QStringLiteral("ReleaseName")) << itemName());
+    }
 }
 
 void StatusNotifierItem::requestName() {
