@@ -6,6 +6,7 @@ import pathlib
 import plistlib
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -88,7 +89,7 @@ class Desktop(contextlib.AbstractContextManager):
             else:
                 self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={self.folder}/no-system-bus"
             if window_manager:
-                self.spawn(["openbox", "--sm-disable"])
+                self._start_window_manager()
             if tray:
                 self.start_tray()
         except BaseException:
@@ -140,6 +141,11 @@ class Desktop(contextlib.AbstractContextManager):
         self.display = Xlib.display.Display(self.environment["DISPLAY"])
         self.stack.callback(self._close_display)
 
+    def _start_window_manager(self):
+        self.spawn(["openbox", "--sm-disable"])
+        root, check = self.display.screen().root, self.display.get_atom("_NET_SUPPORTING_WM_CHECK")
+        wait_for(lambda: root.get_full_property(check, 0), what="the window manager")
+
     def _close_display(self):
         with contextlib.suppress(Xlib.error.ConnectionClosedError):
             self.display.close()
@@ -161,6 +167,8 @@ class Desktop(contextlib.AbstractContextManager):
     def start_tray(self):
         self.tray = self.spawn(["trayer", "--edge", "bottom", "--align", "right", "--widthtype", "request",
                                 "--height", "24", "--SetDockType", "true", *self.tray_options])
+        selection = self.display.get_atom("_NET_SYSTEM_TRAY_S0")
+        wait_for(lambda: self.display.get_selection_owner(selection), what="the tray")
         return self.tray
 
     def cup_window(self):
@@ -194,8 +202,14 @@ class Desktop(contextlib.AbstractContextManager):
         origin = drawable.translate_coords(self.display.screen().root, 0, 0)
         return -origin.x, -origin.y, geometry.width, geometry.height
 
+    def _settled_cup_geometry(self):
+        """The cup's place, once it is the same a moment later: a tray moves its icons after it has taken them in."""
+        before = self.cup_geometry()
+        time.sleep(0.1)
+        return before if self.cup_geometry() == before else None
+
     def point_at_cup(self):
-        x, y, width, height = self.cup_geometry()
+        x, y, width, height = wait_for(self._settled_cup_geometry, what="the cup to stand still")
         self.xdotool("mousemove", x + width // 2, y + height // 2)
 
     def cup_is_filled(self):
@@ -215,14 +229,19 @@ class Desktop(contextlib.AbstractContextManager):
     # The buses
 
     def start_bus(self, kind):
-        socket = self.folder / f"{kind}-bus"
+        path = self.folder / f"{kind}-bus"
         configuration = self.folder / f"{kind}.conf"
-        configuration.write_text(BUS_CONFIGURATION.format(type=kind, socket=socket))
+        configuration.write_text(BUS_CONFIGURATION.format(type=kind, socket=path))
         process = self.spawn(["dbus-daemon", "--nofork", f"--config-file={configuration}"])
-        wait_for(socket.exists, what=f"the {kind} bus")
-        self.environment[f"DBUS_{kind.upper()}_BUS_ADDRESS"] = f"unix:path={socket}"
+        wait_for(lambda: self._answers(path), what=f"the {kind} bus")
+        self.environment[f"DBUS_{kind.upper()}_BUS_ADDRESS"] = f"unix:path={path}"
         setattr(self, f"{kind}_bus_process", process)
         return process
+
+    @staticmethod
+    def _answers(path):
+        with socket.socket(socket.AF_UNIX) as connection:
+            return connection.connect_ex(str(path)) == 0
 
     def bus(self, kind):
         return dbus.bus.BusConnection(self.environment[f"DBUS_{kind.upper()}_BUS_ADDRESS"])
