@@ -8,10 +8,10 @@ from desktop import Desktop, wait_for
 
 
 class Tour:
-    def __init__(self, folder, language, name):
+    def __init__(self, folder, language, name, panel=()):
         self.folder = folder
         self.name = name
-        self.desktop = Desktop(language=language, window_manager=True, screen="640x480x24")
+        self.desktop = Desktop(language=language, window_manager=True, screen="640x480x24", tray_options=panel)
         self.step = 0
 
     def picture(self, what, crop=None):
@@ -47,6 +47,16 @@ class Tour:
         self.menu("menu-on")
         assert desktop.end() == 0, "the program did not end well"
 
+    def take_cups(self):
+        """The two cups alone, on a panel of twice the usual height."""
+        desktop = self.desktop
+        desktop.start_as_returning_user()
+        for what in ("off", "on"):
+            x, y, width, height = desktop.cup_geometry()
+            self.picture(what, f"{width}x{height}+{x}+{y}")
+            desktop.click_cup()
+            desktop.xdotool("mousemove", 1, 1)
+
     def menu(self, what):
         desktop = self.desktop
         desktop.click_cup(button=3)
@@ -64,6 +74,12 @@ def main():
         tour = Tour(folder, language, name)
         with tour.desktop:
             tour.take()
+    for name, colour in (("light", "0xe0e0e0"), ("dark", "0x202020")):
+        print(f"The cup on a {name} panel:")
+        tour = Tour(folder, "en_GB.UTF-8", f"cup-{name}", ["--height", "48", "--transparent", "true", "--alpha", "0",
+                                                           "--tint", colour])
+        with tour.desktop:
+            tour.take_cups()
 
 
 if __name__ == "__main__":
