@@ -303,7 +303,7 @@ class ComingAndGoing(StatusNotifier):
     def test_a_watcher_that_hangs_is_no_hindrance(self):
         self.open_desktop()
         self.open_host()
-        hangs = 3
+        hangs = 4
         self.host.call("hang", seconds=hangs)
         began = time.monotonic()
         self.desktop.start_as_returning_user()

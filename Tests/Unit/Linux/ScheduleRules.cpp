@@ -72,8 +72,14 @@ std::optional<double> LocalClock::next(double start, std::int64_t minutes) const
     throw std::out_of_range("no such time of day to the end of the table");
 }
 
-bool LocalClock::changesAround(double instant) const {
-    return offset(minuteOf(instant) - 3 * hour) != offset(minuteOf(instant) + 3 * hour);
+std::vector<double> LocalClock::changes() const {
+    std::vector<double> instants;
+    for (std::int64_t minute = first_ + 1; minute < first_ + std::ssize(offsets_); ++minute) {
+        if (offset(minute) != offset(minute - 1)) {
+            instants.push_back(static_cast<double>(minute) * 60);
+        }
+    }
+    return instants;
 }
 
 void Model::activate() {

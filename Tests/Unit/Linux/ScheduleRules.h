@@ -22,8 +22,8 @@ public:
     /// start within the first second of the first. Nothing when the minutes name no time of day.
     std::optional<double> next(double start, std::int64_t minutes) const;
 
-    /// Whether the clock is set forward or back within three hours of the instant.
-    bool changesAround(double instant) const;
+    /// When the clock is set forward or back.
+    std::vector<double> changes() const;
 
 private:
     std::int64_t offset(std::int64_t minute) const { return offsets_.at(static_cast<std::size_t>(minute - first_)); }

@@ -4,6 +4,7 @@
 #include "Platform/Linux/Foundation/TimerNative.h"
 
 #include <cmath>
+#include <set>
 
 namespace NS {
 
@@ -13,11 +14,16 @@ TimerNative& native(const Timer& timer) {
     return Bridge::native<TimerNative>(timer);
 }
 
+/// The timers that the run loop keeps.
+std::set<std::shared_ptr<TimerNative>>& scheduled() {
+    static auto& timers = *new std::set<std::shared_ptr<TimerNative>>; // they may outlast the statics
+    return timers;
+}
+
 } // namespace
 
 void TimerNative::schedule() {
-    if (isValid && !self_) {
-        self_ = shared_from_this();
+    if (isValid && scheduled().insert(shared_from_this()).second) {
         arm();
     }
 }
@@ -46,7 +52,7 @@ void TimerNative::invalidate() {
     isValid = false;
     block = nullptr;
     alarm_ = nullptr;
-    self_ = nullptr;
+    scheduled().erase(shared_from_this());
 }
 
 Timer Timer::timerWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block) {
@@ -70,8 +76,7 @@ double Timer::tolerance() const {
 }
 
 void Timer::invalidate() {
-    const auto keep = Bridge::shared<TimerNative>(*this);
-    keep->invalidate();
+    native(*this).invalidate();
 }
 
 bool Timer::isValid() const {

@@ -29,7 +29,7 @@ struct TimerNative : Native, std::enable_shared_from_this<TimerNative> {
     double tolerance = 0;
     bool isValid = true;
 
-    /// From here on the timer fires, and keeps itself until it never will again.
+    /// From here on the timer fires, and is kept until it never will again.
     void schedule();
     void invalidate();
 
@@ -37,7 +37,6 @@ private:
     void arm();
     void fire();
 
-    std::shared_ptr<TimerNative> self_;
     std::unique_ptr<Alarm> alarm_;
 };
 
