@@ -6,6 +6,7 @@
 #include "Seam/Power.h"
 
 #include <QDateTime>
+#include <algorithm>
 #include <cmath>
 #include <deque>
 #include <gtest/gtest.h>
@@ -54,6 +55,9 @@ NS::Date date(double instant) {
 }
 
 std::string text(double instant) {
+    if (date(instant) == NS::Date::distantPast()) {
+        return "no time";
+    }
     return QDateTime::fromMSecsSinceEpoch(std::llround(instant * 1000), Qt::UTC)
         .toString(Qt::ISODateWithMs)
         .toStdString();
@@ -72,7 +76,7 @@ struct Sight {
     bool operator==(const Sight&) const = default;
 
     friend std::ostream& operator<<(std::ostream& out, const Sight& sight) {
-        out << (sight.active ? "on" : "off") << (sight.manualOverride ? ", by hand since " : ", by hand last ")
+        out << (sight.active ? "on" : "off") << (sight.manualOverride ? ", overridden" : "") << ", overridden last at "
             << text(sight.overrideSetAt.timeIntervalSince1970()) << ", timers:";
         for (const auto& timer : sight.timers) {
             out << " " << text(timer.timeIntervalSince1970());
@@ -90,14 +94,18 @@ protected:
         Seam::setTimeZone(zone);
         model.overrideSetAt = NS::Date::distantPast().timeIntervalSince1970();
         store({true, 540, 1020});
+        model.reconcile();
+        engine->reconcile();
     }
 
     /// An event every so many minutes, on average, and more around the schedule's own times.
     void live(double until, int minutesPerEvent) {
         while (model.now < until && agrees()) {
             if (below(aboutToFire() ? std::min(minutesPerEvent, 30) : minutesPerEvent) == 0) {
-                // At the full minute, or somewhere in it.
-                passUntil(model.now + (below(3) ? below(59) + oneOf<double>({0, 0.004, 0.25, 0.999}) : 0));
+                if (below(3)) { // somewhere in the minute
+                    const double fraction = oneOf<double>({0, 0.004, 0.25, 0.999});
+                    passUntil(model.now + below(60) + fraction);
+                }
                 happen();
                 ++events;
                 if (!agrees()) {
@@ -354,7 +362,7 @@ private:
 TEST_P(ScheduleSimulation, FollowsTheRulesAtEveryMinuteOfTwoYears) {
     live(end, 120);
     if (!HasFailure()) {
-        EXPECT_GT(minutes, 750'000); // the rest was slept through
+        EXPECT_GT(minutes, 700'000); // the rest was slept through
         EXPECT_GT(events, 5'000);
     }
 }
