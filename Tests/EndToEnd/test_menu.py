@@ -124,8 +124,10 @@ class Menu(Tray):
         for button in (1, 3):
             with self.subTest(button=button):
                 self.open_menu()
-                self.desktop.click_cup(button)
+                self.desktop.point_at_cup()
+                self.desktop.xdotool("mousedown", button)
                 self.wait_for_no_menu()
+                self.desktop.xdotool("mouseup", button)  # with no menu to take it any more
                 self.expect_off()
         self.expect_that_a_click_toggles()
 
