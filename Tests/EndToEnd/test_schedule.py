@@ -102,6 +102,22 @@ class Schedule(unittest.TestCase):
         self.wake()
         self.expect_off()
 
+    def test_its_times_come_while_a_menu_is_open(self):
+        self.start_at("2024-05-06 08:59:56")
+        self.desktop.click_cup(button=3)
+        wait_for(self.desktop.windows)
+        self.expect_on(8)
+        self.assertEqual(len(self.desktop.windows()), 1)
+
+    def test_a_clock_that_is_set_decides_at_once(self):
+        self.start_at("2024-05-06 10:00:00")
+        self.expect_on()
+        self.set_clock("2024-05-06 20:00:00")
+        self.expect_still(True)
+        # The kernel tells of any setting, also to the time that it is; the program then reads the clock of this test.
+        time.clock_settime(time.CLOCK_REALTIME, time.clock_gettime(time.CLOCK_REALTIME))
+        self.expect_off()
+
     def test_a_change_of_the_systems_time_zone_decides_at_once(self):
         etc = self.desktop.folder / "etc"
         shutil.copytree("/etc", etc, symlinks=True)
