@@ -1,6 +1,7 @@
 #include "SystemEvents.h"
 
 #include "Platform/AppKit/Workspace.h"
+#include "Platform/Linux/AppKit/WorkspaceNative.h"
 #include "Platform/Linux/Foundation/SystemTimeZone.h"
 
 #include <QDBusConnection>
@@ -13,6 +14,10 @@
 #include <unistd.h>
 
 namespace NS {
+
+std::shared_ptr<void> watchSystem(const NotificationCenter& workspaceCenter) {
+    return std::make_shared<SystemEvents>(workspaceCenter);
+}
 
 SystemEvents::SystemEvents(NotificationCenter workspaceCenter)
     : workspaceCenter_(std::move(workspaceCenter)), zone_(systemTimeZone().id()) {

@@ -1,8 +1,8 @@
 #include "Platform/AppKit/Workspace.h"
 
+#include "Platform/Linux/AppKit/WorkspaceNative.h"
 #include "Platform/Linux/Foundation/NotificationCenterNative.h"
 #include "Platform/Linux/Native.h"
-#include "SystemEvents.h"
 
 namespace NS {
 
@@ -10,7 +10,7 @@ namespace {
 
 struct WorkspaceNative : Native {
     NotificationCenter center = makeNotificationCenter();
-    SystemEvents events{center};
+    const std::shared_ptr<void> watch = watchSystem(center);
 };
 
 } // namespace
