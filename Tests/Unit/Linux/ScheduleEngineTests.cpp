@@ -1,5 +1,6 @@
 #include "ScheduleEngine.h"
 
+#include "Platform/Linux/Foundation/TimerNative.h"
 #include "Prefs.h"
 #include "Seam/Clock.h"
 #include "Seam/Power.h"
@@ -132,6 +133,15 @@ TEST_F(ScheduleEngineTest, ArmsBothTimersForTheirNextOccurrences) {
     Seam::setNow(at("10:00:00"));
     engine->reconcile();
     EXPECT_EQ(Seam::scheduledTimers(), (std::vector{at("17:00:00"), at("09:00:00", tomorrow)}));
+}
+
+TEST_F(ScheduleEngineTest, ItsTimersFireOnceAndMayBeHalfAMinuteLate) {
+    engine->reconcile();
+    ASSERT_EQ(NS::TimerNative::scheduled().size(), 2U);
+    for (const auto& timer : NS::TimerNative::scheduled()) {
+        EXPECT_EQ(timer->tolerance, 30);
+        EXPECT_FALSE(timer->repeats);
+    }
 }
 
 TEST_F(ScheduleEngineTest, ATimeThatIsNowIsArmedForTomorrow) {

@@ -83,7 +83,6 @@ void MenuNative::popUp(const QPoint& where) const {
 MenuItem::MenuItem(const std::string& title, std::function<void()> action, const std::string& keyEquivalent) {
     auto native = std::make_shared<MenuItemNative>();
     native->title = QString::fromStdString(title);
-    native->enabled = action != nullptr;
     native->action = std::move(action);
     native->keyEquivalent = QString::fromStdString(keyEquivalent);
     *this = Bridge::handle<MenuItem>(std::move(native));

@@ -4,7 +4,6 @@
 #include "Platform/Linux/Foundation/TimerNative.h"
 
 #include <cmath>
-#include <set>
 
 namespace NS {
 
@@ -14,13 +13,12 @@ TimerNative& native(const Timer& timer) {
     return Bridge::native<TimerNative>(timer);
 }
 
-/// The timers that the run loop keeps.
-std::set<std::shared_ptr<TimerNative>>& scheduled() {
+} // namespace
+
+std::set<std::shared_ptr<TimerNative>>& TimerNative::scheduled() {
     static auto& timers = *new std::set<std::shared_ptr<TimerNative>>; // they may outlast the statics
     return timers;
 }
-
-} // namespace
 
 void TimerNative::schedule() {
     if (isValid && scheduled().insert(shared_from_this()).second) {

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 
 namespace NS {
 
@@ -32,6 +33,9 @@ struct TimerNative : Native, std::enable_shared_from_this<TimerNative> {
     /// From here on the timer fires, and is kept until it never will again.
     void schedule();
     void invalidate();
+
+    /// The timers that the run loop keeps.
+    static std::set<std::shared_ptr<TimerNative>>& scheduled();
 
 private:
     void arm();
