@@ -102,9 +102,6 @@ class Refusals(unittest.TestCase):
         self.assertEqual(desktop.end(), 0)
         self.assertEqual(desktop.log(), "")
 
-    def cup_is_filled(self, desktop):
-        return desktop.cup_is_filled()
-
     def test_with_every_inhibitor_refused_the_cup_stays_an_outline(self):
         with Desktop(refuses=True, x_extension=False) as desktop:
             desktop.start_as_returning_user()

@@ -11,7 +11,7 @@
 #include <QApplication>
 #include <QSessionManager>
 #include <cstdlib>
-#include <exception>
+#include <utility>
 
 namespace NS {
 
