@@ -169,8 +169,7 @@ std::optional<std::string> digestOfFile(const std::string& path) {
 }
 
 bool isApplicationExpected(const NS::URL& application, const std::string& version) {
-    const auto info =
-        NS::dictionaryWithContentsOfURL(application.URLByAppendingPathComponent("Contents/Info.plist"));
+    const auto info = NS::dictionaryWithContentsOfURL(application.URLByAppendingPathComponent("Contents/Info.plist"));
     if (!info) {
         return false;
     }
@@ -331,8 +330,7 @@ NS::URL Updater::download(const Release& release) {
 NS::URL Updater::mountAndStage(const NS::URL& dmg, const Release& expecting) {
     const auto mountPoint =
         temporaryURL(std::string(Product::name) + "-mount-" + NS::UUID::UUIDWithRandomBytes().UUIDString());
-    if (!run("/usr/bin/hdiutil",
-             {"attach", dmg.path(), "-nobrowse", "-readonly", "-mountpoint", mountPoint.path()})) {
+    if (!run("/usr/bin/hdiutil", {"attach", dmg.path(), "-nobrowse", "-readonly", "-mountpoint", mountPoint.path()})) {
         return {};
     }
     auto staged = stage(mountPoint.URLByAppendingPathComponent(bundleName), expecting);

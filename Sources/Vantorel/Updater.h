@@ -19,8 +19,8 @@ public:
     /// One offered update, as the server's manifest states it. Nothing of it is verified yet.
     struct Release {
         std::string version;
-        std::string file;   // the disk image, relative to the base URL
-        std::string sha256; // of the disk image: hexadecimal, lower case
+        std::string file;      // the disk image, relative to the base URL
+        std::string sha256;    // of the disk image: hexadecimal, lower case
         std::int64_t size = 0; // of the disk image, in bytes; 0 when unknown, and trusted for nothing
         std::map<std::string, std::string> notes;
     };
@@ -61,6 +61,6 @@ private:
     static bool swap(const NS::URL& staged, const NS::URL& target, const std::string& version);
     static bool run(const std::string& path, const std::vector<std::string>& arguments);
 
-    static inline NS::Timer checkTimer_;          // main thread only
+    static inline NS::Timer checkTimer_;           // main thread only
     static inline std::atomic<bool> busy_ = false; // a check is under way
 };

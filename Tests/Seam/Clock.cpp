@@ -2,6 +2,7 @@
 
 #include "Platform/AppKit/Workspace.h"
 #include "Platform/Linux/AppKit/WorkspaceNative.h"
+#include "Platform/Linux/Dispatch/DispatchQueueNative.h"
 #include "Platform/Linux/Foundation/SystemTimeZone.h"
 #include "Platform/Linux/Foundation/TimerNative.h"
 
@@ -103,6 +104,14 @@ QTimeZone systemTimeZone() {
 
 std::unique_ptr<Alarm> makeAlarm(const Date& date, std::function<void()> callback) {
     return std::make_unique<Seam::VirtualAlarm>(date, std::move(callback));
+}
+
+void callAfter(double seconds, std::function<void()> callback) {
+    auto alarm = std::make_shared<std::unique_ptr<Alarm>>();
+    *alarm = makeAlarm(Seam::now.dateByAddingTimeInterval(seconds), [alarm, callback = std::move(callback)] {
+        callback();
+        *alarm = nullptr;
+    });
 }
 
 std::shared_ptr<void> watchSystem(const NotificationCenter&) {

@@ -11,12 +11,12 @@ class DispatchQueue : public Object {
 public:
     /// The main thread's event loop.
     static DispatchQueue mainQueue();
-    /// Worker threads, at default priority, as many blocks at once as there are processors for.
+    /// Worker threads, at default priority.
     static DispatchQueue globalQueue();
 
     /// Returns at once. The queue keeps the block until it has run.
     void async(std::function<void()> block) const;
-    /// The same, not before `seconds` have passed. The machine's sleep does not count.
+    /// The same, not before `seconds` have passed, those not counted in which the machine sleeps. Main thread only.
     void asyncAfter(double seconds, std::function<void()> block) const;
 
     using Object::Object;

@@ -6,16 +6,21 @@
 #include "Platform/Linux/AppKit/ApplicationNative.h"
 #include "Platform/Linux/AppKit/TerminationSignals.h"
 #include "Platform/Linux/AppKit/WindowNative.h"
+#include "Platform/Linux/Dispatch/DispatchQueueNative.h"
+#include "Platform/Linux/Foundation/URLSessionNative.h"
 #include "Platform/Linux/Native.h"
 
 #include <QApplication>
 #include <QSessionManager>
+#include <chrono>
 #include <cstdlib>
 #include <utility>
 
 namespace NS {
 
 namespace {
+
+constexpr auto workersPatience = std::chrono::milliseconds(1500);
 
 std::optional<Event> currentEventOfApplication;
 
@@ -102,7 +107,12 @@ void Application::run() {
     if (const auto delegate = self.delegate.lock()) {
         delegate->applicationWillTerminate({"NSApplicationWillTerminateNotification"});
     }
+    cancelTransfers();
+    const bool workersEnded = waitForWorkers(workersPatience);
     UserDefaults::standardUserDefaults().synchronize();
+    if (!workersEnded) {
+        std::_Exit(EXIT_SUCCESS); // the statics that they use must not be destroyed under them
+    }
 }
 
 // Not quit(), which a window that must not be closed would refuse.
