@@ -42,19 +42,11 @@ class Bundle:
             raise Refusal(f"{self.path} has no {key} in its Info.plist")
         return value
 
-    def entries(self):
-        """Everything in it and itself, in an order that does not depend on the disk."""
-        found = [self.path]
-        for folder, folders, files in os.walk(self.path):
-            folders.sort()
-            found += [pathlib.Path(folder, name) for name in sorted([*folders, *files])]
-        return found
-
     def date(self):
         """SOURCE_DATE_EPOCH where that is set, else when the newest file in it was changed; in seconds."""
         epoch = os.environ.get("SOURCE_DATE_EPOCH")
         if epoch is None:
-            return max(int(entry.lstat().st_mtime) for entry in self.entries())
+            return max(int(entry.lstat().st_mtime) for entry in [self.path, *self.path.rglob("*")])
         if not re.fullmatch(r"[0-9]+", epoch):
             raise Refusal(f'SOURCE_DATE_EPOCH is "{epoch}", which is not a number of seconds')
         return int(epoch)
@@ -65,24 +57,18 @@ def product():
     return dict(re.findall(r'^set\((\w+) "(.*)"\)', (ROOT / "cmake/Product.cmake").read_text(), re.M))
 
 
-def _write_with_hdiutil(folder, bundle, output):
-    subprocess.run(["hdiutil", "create", "-quiet", "-volname", bundle.name, "-srcfolder", folder, "-fs", "HFS+",
+def _write_with_hdiutil(folder, name, _date, output):
+    subprocess.run(["hdiutil", "create", "-quiet", "-volname", name, "-srcfolder", folder, "-fs", "HFS+",
                     "-format", "UDZO", output], check=True)
 
 
-def _write_with_xorriso(folder, bundle, output):
+def _write_with_xorriso(folder, name, date, output):
     """HFS+, which a Mac mounts, and ISO 9660 over the same data, which everyone else reads."""
     if not shutil.which("xorriso"):
         raise Refusal("xorriso is missing: Packaging/dependencies/install test")
-    # In the order of their names: it would be that of their inodes otherwise.
-    files = sorted(path.relative_to(folder) for path in folder.rglob("*") if path.is_file() and not path.is_symlink())
-    weights = folder.parent / "weights"
-    weights.write_text("".join(f"{len(files) - index} /{path}\n" for index, path in enumerate(files)))
-    date = bundle.date()
     run = subprocess.run(
-        ["xorriso", "-no_rc", "-as", "mkisofs", "-quiet", "-volid", bundle.name, "-R", "-uid", "0", "-gid", "0",
-         "-hfsplus", "-hfsplus-serial-no", f"{date:016x}", "-iso-level", "3", "--sort-weight-list", weights,
-         "-o", output, folder],
+        ["xorriso", "-no_rc", "-as", "mkisofs", "-quiet", "-volid", name, "-R", "-uid", "0", "-gid", "0",
+         "-hfsplus", "-iso-level", "3", "-o", output, folder],
         env={**os.environ, "SOURCE_DATE_EPOCH": str(date), "TZ": "UTC", "LC_ALL": "C.UTF-8"},
         capture_output=True, text=True)
     if run.returncode:
@@ -105,5 +91,6 @@ def write(bundle, output):
         for path in [folder, *folder.rglob("*")]:
             os.utime(path, (date, date), follow_symlinks=False)
         image = pathlib.Path(temporary, "image.dmg")
-        (_write_with_hdiutil if sys.platform == "darwin" else _write_with_xorriso)(folder, bundle, image)
+        write_image = _write_with_hdiutil if sys.platform == "darwin" else _write_with_xorriso
+        write_image(folder, bundle.name, date, image)
         image.rename(output)
