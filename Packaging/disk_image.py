@@ -54,7 +54,7 @@ class Bundle:
 
 def product():
     """The values of cmake/Product.cmake."""
-    return dict(re.findall(r'^set\((\w+) "(.*)"\)', (ROOT / "cmake/Product.cmake").read_text(), re.M))
+    return dict(re.findall(r'^set\((\w+) "(.*)"\)', (ROOT / "cmake/Product.cmake").read_text("utf-8"), re.M))
 
 
 def _write_with_hdiutil(folder, name, _date, output):
