@@ -31,6 +31,7 @@ void prepareAccount(const fs::path& home) {
     setenv("XDG_CONFIG_HOME", (home / "config").c_str(), 1);
     setenv("XDG_CACHE_HOME", (home / "cache").c_str(), 1);
     setenv("TMPDIR", (home / "temporary files").c_str(), 1);
+    setenv("XDG_RUNTIME_DIR", home.c_str(), 1);
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     setenv("LC_ALL", "C.UTF-8", 1);
     setenv("KORVEX_UPDATE_BASE", "http://127.0.0.1:1", 1);

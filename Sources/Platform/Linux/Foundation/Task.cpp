@@ -138,6 +138,7 @@ bool Task::launchAndReturnError() {
     SpawnSettings settings;
     settings.redirect(STDOUT_FILENO, self.output);
     settings.redirect(STDERR_FILENO, self.error);
+    posix_spawn_file_actions_addclosefrom_np(&settings.files, STDERR_FILENO + 1);
     std::vector<std::string> words = self.arguments;
     words.insert(words.begin(), self.executable);
     return posix_spawn(&self.child, self.executable.c_str(), &settings.files, &settings.attributes,
