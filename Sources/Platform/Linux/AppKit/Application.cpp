@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/UserDefaults.h"
+#include "Platform/Linux/AppKit/Appearance.h"
 #include "Platform/Linux/AppKit/ApplicationNative.h"
 #include "Platform/Linux/AppKit/TerminationSignals.h"
 #include "Platform/Linux/AppKit/WindowNative.h"
@@ -95,6 +96,7 @@ void Application::setDelegate(const std::shared_ptr<ApplicationDelegate>& delega
 void Application::run() {
     auto& self = native(*this);
     const TerminationSignals signals([this] { terminate(); });
+    const auto following = followColorScheme();
     QMetaObject::invokeMethod(
         self.application,
         [&self] {
