@@ -39,7 +39,7 @@ public:
     struct Answer {
         int status = 200;
         std::string body;
-        std::vector<std::string> headers; // beside Content-Length, without line ends
+        std::vector<std::string> headers = {}; // beside Content-Length, without line ends
     };
     /// Bytes of an answer as they stand, its head included, and how long the server waits before it sends them.
     struct Piece {
