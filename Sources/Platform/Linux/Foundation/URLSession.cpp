@@ -74,6 +74,8 @@ private:
         set(CURLOPT_MAXREDIRS, mostRedirects);
         set(CURLOPT_PREREQFUNCTION, &Transfer::willRequest);
         set(CURLOPT_PREREQDATA, this);
+        set(CURLOPT_HEADERFUNCTION, &Transfer::didReceiveLine);
+        set(CURLOPT_HEADERDATA, this);
         set(CURLOPT_WRITEFUNCTION, &Transfer::didReceive);
         set(CURLOPT_WRITEDATA, this);
         set(CURLOPT_NOSIGNAL, 1L);
@@ -115,7 +117,7 @@ private:
         }
         int others = 0;
         const auto* message = curl_.multiInfoRead(multi_.get(), &others);
-        return message && message->msg == CURLMSG_DONE && message->data.result == CURLE_OK;
+        return message && message->msg == CURLMSG_DONE && message->data.result == CURLE_OK && isHeadWhole_;
     }
 
     /// Before each request: once one was encrypted, so are all that it is redirected to.
@@ -127,6 +129,16 @@ private:
             self.set(CURLOPT_REDIR_PROTOCOLS_STR, "https");
         }
         return self.isConfigured_ ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+    }
+
+    /// libcurl takes an answer that ends within its head for one with an empty body.
+    static std::size_t didReceiveLine(const char* bytes, std::size_t, std::size_t count, void* transfer) {
+        auto& self = *static_cast<Transfer*>(transfer);
+        const std::string_view line(bytes, count);
+        const bool isFirst = line.starts_with("HTTP/");
+        const bool isLast = line == "\r\n" || line == "\n";
+        self.isHeadWhole_ = isLast || (self.isHeadWhole_ && !isFirst); // what follows the last is the body's trailer
+        return count;
     }
 
     static std::size_t didReceive(const char* bytes, std::size_t, std::size_t count, void* transfer) {
@@ -143,6 +155,7 @@ private:
     const Easy easy_;
     const Multi multi_;
     bool isConfigured_ = false;
+    bool isHeadWhole_ = false;
 };
 
 /// A new file for the user alone, which goes away again unless it is kept.
