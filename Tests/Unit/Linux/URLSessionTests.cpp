@@ -169,18 +169,24 @@ TEST_F(URLSession, ARedirectToNowhereIsAnAnswer) {
 }
 
 TEST_F(URLSession, RedirectsStayWithHTTP) {
-    for (const char* place : {"file:///etc/hostname", "ftp://127.0.0.1/x", "gopher://127.0.0.1/x", "data:,x"}) {
-        server_.answer("/x", {302, "", {std::string("Location: ") + place}});
+    Seam::HTTPServer other;
+    for (const auto& place : {std::string("file:///etc/hostname"), "ftp" + other.url("/x").substr(4),
+                              "gopher" + other.url("/x").substr(4), std::string("data:,x")}) {
+        server_.answer("/x", {302, "", {"Location: " + place}});
         EXPECT_FALSE(fetch(server_.url("/x"))) << place;
     }
+    EXPECT_EQ(other.connections(), 0);
 }
 
 TEST_F(URLSession, OnlyHTTPIsSpoken) {
-    for (const char* url :
-         {"file:///etc/hostname", "ftp://127.0.0.1/x", "/x", "x", "data:,x", "https:", "unknown://x/"}) {
-        EXPECT_FALSE(fetch(url)) << url;
+    for (const auto& url : {std::string("file:///etc/hostname"), std::string("file://localhost/etc/hostname"),
+                            "ftp" + server_.url("/x").substr(4), "gopher" + server_.url("/x").substr(4),
+                            "unknown" + server_.url("/x").substr(4), server_.url("/x").substr(5), std::string("/x"),
+                            std::string("x"), std::string("data:,x"), std::string("https:")}) {
+        EXPECT_FALSE(NS::URLSession::sharedSession().dataForRequest(request(url))) << url;
     }
     EXPECT_FALSE(NS::URLSession::sharedSession().dataForRequest({}));
+    EXPECT_EQ(server_.connections(), 0);
 }
 
 TEST_F(URLSession, APathIsNeverTakenForAHost) {
@@ -489,6 +495,19 @@ protected:
 TEST_F(URLSessionOverTLS, ATrustedServerIsHeard) {
     secure_.answer("/x", {200, std::string(1'000'000, 'x'), {}});
     EXPECT_TRUE(body(secure_.url("/x")) == std::string(1'000'000, 'x'));
+}
+
+TEST_F(URLSessionOverTLS, TrustMayComeFromAFolder) {
+    secure_.answer("/x", {200, "here", {}});
+    const auto folder = certificate_.file().parent_path() / "trusted";
+    fs::create_directory(folder);
+    fs::copy(certificate_.file(), folder);
+    ASSERT_EQ(std::system(("openssl rehash " + folder.string()).c_str()), 0);
+    unsetenv("SSL_CERT_FILE");
+    EXPECT_EQ(body(secure_.url("/x")), "failure");
+    setenv("SSL_CERT_DIR", folder.c_str(), 1);
+    EXPECT_EQ(body(secure_.url("/x")), "here");
+    unsetenv("SSL_CERT_DIR");
 }
 
 TEST_F(URLSessionOverTLS, AServerThatNobodyTrustsIsAskedNothing) {
