@@ -36,7 +36,7 @@ NS::URLRequest request(const std::string& url, double timeout = 10) {
     return {NS::URL::URLWithString(url), NS::URLRequestCachePolicy::UseProtocolCachePolicy, timeout};
 }
 
-std::optional<NS::URLSessionData> data(const std::string& url, double timeout = 10) {
+std::optional<NS::URLSessionData> fetch(const std::string& url, double timeout = 10) {
     return NS::URLSession::sharedSession().dataForRequest(request(url, timeout));
 }
 
@@ -46,7 +46,7 @@ std::optional<NS::URLSessionDownload> download(const std::string& url, double ti
 
 /// The body that comes with status 200, or what came instead.
 std::string body(const std::string& url, double timeout = 10) {
-    const auto answer = data(url, timeout);
+    const auto answer = fetch(url, timeout);
     if (!answer || !answer->response) {
         return "failure";
     }
@@ -109,7 +109,7 @@ TEST_F(URLSession, EveryStatusIsAnAnswer) {
     for (const int status : {200, 201, 204, 206, 304, 400, 401, 403, 404, 407, 500, 503}) {
         const std::string text = status == 204 || status == 304 ? "" : "text";
         server_.answer("/x", {status, text, {}});
-        const auto answer = data(server_.url("/x"));
+        const auto answer = fetch(server_.url("/x"));
         ASSERT_TRUE(answer && answer->response) << status;
         EXPECT_EQ(answer->response->statusCode, status);
         EXPECT_EQ(answer->data, text);
@@ -159,7 +159,7 @@ TEST_F(URLSession, TwentyRedirectsAreFollowedAndNoMore) {
 TEST_F(URLSession, RedirectsInACircleFail) {
     server_.answer("/a", {302, "", {"Location: /b"}});
     server_.answer("/b", {302, "", {"Location: /a"}});
-    EXPECT_FALSE(data(server_.url("/a")));
+    EXPECT_FALSE(fetch(server_.url("/a")));
     EXPECT_EQ(server_.requests().size(), 21U);
 }
 
@@ -169,25 +169,31 @@ TEST_F(URLSession, ARedirectToNowhereIsAnAnswer) {
 }
 
 TEST_F(URLSession, RedirectsStayWithHTTP) {
-    for (const char* place : {"file:///etc/hostname", "ftp://127.0.0.1/x", "gopher://127.0.0.1/x", "data:,x"}) {
-        server_.answer("/x", {302, "", {std::string("Location: ") + place}});
-        EXPECT_FALSE(data(server_.url("/x"))) << place;
+    Seam::HTTPServer other;
+    for (const auto& place : {std::string("file:///etc/hostname"), "ftp" + other.url("/x").substr(4),
+                              "gopher" + other.url("/x").substr(4), std::string("data:,x")}) {
+        server_.answer("/x", {302, "", {"Location: " + place}});
+        EXPECT_FALSE(fetch(server_.url("/x"))) << place;
     }
+    EXPECT_EQ(other.connections(), 0);
 }
 
 TEST_F(URLSession, OnlyHTTPIsSpoken) {
-    for (const char* url :
-         {"file:///etc/hostname", "ftp://127.0.0.1/x", "/x", "x", "data:,x", "https:", "unknown://x/"}) {
-        EXPECT_FALSE(data(url)) << url;
+    for (const auto& url : {std::string("file:///etc/hostname"), std::string("file://localhost/etc/hostname"),
+                            "ftp" + server_.url("/x").substr(4), "gopher" + server_.url("/x").substr(4),
+                            "unknown" + server_.url("/x").substr(4), server_.url("/x").substr(5), std::string("/x"),
+                            std::string("x"), std::string("data:,x"), std::string("https:")}) {
+        EXPECT_FALSE(NS::URLSession::sharedSession().dataForRequest(request(url))) << url;
     }
     EXPECT_FALSE(NS::URLSession::sharedSession().dataForRequest({}));
+    EXPECT_EQ(server_.connections(), 0);
 }
 
 TEST_F(URLSession, APathIsNeverTakenForAHost) {
     server_.answer("/x", {200, "here", {}});
     const auto host = server_.url().substr(std::string("http://").size());
     for (const std::string start : {"http:", "http:/", "http:///", "http://@/", "http://:80/"}) {
-        EXPECT_FALSE(data(start + host + "/x")) << start;
+        EXPECT_FALSE(fetch(start + host + "/x")) << start;
     }
     EXPECT_EQ(server_.connections(), 0);
 }
@@ -203,8 +209,8 @@ TEST_F(URLSession, WhereNobodyListensTransfersFail) {
         const Seam::HTTPServer gone;
         url = gone.url("/x");
     }
-    EXPECT_EQ(body(url), "failure");
-    EXPECT_FALSE(data("http://127.0.0.1:99999/"));
+    EXPECT_FALSE(fetch(url));
+    EXPECT_FALSE(fetch("http://127.0.0.1:99999/"));
 }
 
 TEST_F(URLSession, NoCookieIsKept) {
@@ -244,7 +250,7 @@ TEST_F(URLSession, WhatIsNotHTTPFails) {
     for (const char* text :
          {"hello\r\n\r\n", "SSH-2.0-x\r\n", "HTTP/1.1\r\n\r\n", "HTTP/9.9 200 OK\r\n\r\n", "\x15\x03\x01", ""}) {
         server_.answer("/x", Pieces{{text}});
-        EXPECT_FALSE(data(server_.url("/x"))) << text;
+        EXPECT_FALSE(fetch(server_.url("/x"))) << text;
     }
 }
 
@@ -257,7 +263,7 @@ TEST_F(URLSession, AConnectionThatIsCutFails) {
           "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\n1234\r\n",
           "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\n1234\r\nx\r\n\r\n"}) {
         server_.answer("/x", Pieces{{text}});
-        EXPECT_FALSE(data(server_.url("/x"))) << text;
+        EXPECT_FALSE(fetch(server_.url("/x"))) << text;
         EXPECT_FALSE(download(server_.url("/x"))) << text;
     }
     EXPECT_EQ(entries(temporaryFolder()), 0U);
@@ -282,9 +288,9 @@ TEST_F(URLSession, AnEarlyHintIsNoAnswer) {
     server_.answer("/x", Pieces{{hint + "HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\nabc"}});
     EXPECT_EQ(body(server_.url("/x")), "abc");
     server_.answer("/x", Pieces{{hint}});
-    EXPECT_FALSE(data(server_.url("/x")));
+    EXPECT_FALSE(fetch(server_.url("/x")));
     server_.answer("/x", Pieces{{hint + "HTTP/1.1 200 OK\r\n"}});
-    EXPECT_FALSE(data(server_.url("/x")));
+    EXPECT_FALSE(fetch(server_.url("/x")));
 }
 
 TEST_F(URLSession, ABodyWithoutLengthEndsWithItsConnection) {
@@ -296,7 +302,7 @@ TEST_F(URLSession, SilenceEndsATransfer) {
     const std::string whole = "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\n1234";
     for (const std::size_t length : {std::size_t{0}, std::size_t{5}, whole.size() - 4, whole.size() - 1}) {
         server_.answer("/x", Pieces{{whole.substr(0, length)}, {whole.substr(length), forever}});
-        const auto time = durationOf([&] { EXPECT_FALSE(data(server_.url("/x"), patience)); });
+        const auto time = durationOf([&] { EXPECT_FALSE(fetch(server_.url("/x"), patience)); });
         EXPECT_GE(time.count(), patience) << length;
         EXPECT_LE(time.count(), 2 * patience) << length;
     }
@@ -305,7 +311,7 @@ TEST_F(URLSession, SilenceEndsATransfer) {
 }
 
 TEST_F(URLSession, SilenceInAHandshakeEndsATransfer) {
-    const auto time = durationOf([&] { EXPECT_FALSE(data("https" + server_.url("/x").substr(4), patience)); });
+    const auto time = durationOf([&] { EXPECT_FALSE(fetch("https" + server_.url("/x").substr(4), patience)); });
     EXPECT_GE(time.count(), patience);
     EXPECT_LE(time.count(), 2 * patience);
 }
@@ -322,7 +328,7 @@ TEST_F(URLSession, AConnectionThatIsNotMadeEndsATransfer) {
     const int waiting = socket(AF_INET, SOCK_STREAM, 0); // the only one that the queue has room for
     ASSERT_EQ(connect(waiting, reinterpret_cast<sockaddr*>(&address), size), 0);
     const auto url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port));
-    const auto time = durationOf([&] { EXPECT_FALSE(data(url, patience)); });
+    const auto time = durationOf([&] { EXPECT_FALSE(fetch(url, patience)); });
     EXPECT_GE(time.count(), patience - 0.01); // libcurl counts in whole milliseconds
     EXPECT_LE(time.count(), 2 * patience);
     close(waiting);
@@ -409,34 +415,40 @@ TEST_F(URLSession, TransfersOfSeveralThreadsDoNotMix) {
 }
 
 struct Usage {
-    std::size_t descriptors = entries("/proc/self/fd");
-    std::size_t threads = entries("/proc/self/task");
-    long memory = residentPages();
-
-    static long residentPages() {
-        std::ifstream file("/proc/self/statm");
-        long size = 0;
-        long resident = 0;
-        file >> size >> resident;
-        return resident;
-    }
+    std::size_t descriptors = 0;
+    std::size_t threads = 0;
+    long memory = 0; // resident pages
 };
+
+/// Once the server is done with its connections, too.
+Usage usage() {
+    Usage now;
+    do {
+        now.descriptors = entries("/proc/self/fd");
+        std::this_thread::sleep_for(pause);
+    } while (entries("/proc/self/fd") != now.descriptors);
+    now.threads = entries("/proc/self/task");
+    std::ifstream file("/proc/self/statm");
+    long size = 0;
+    file >> size >> now.memory;
+    return now;
+}
 
 TEST_F(URLSession, ManyTransfersLeaveNothingBehind) {
     server_.answer("/x", {200, std::string(10'000, 'x'), {}});
     server_.answer("/cut", Pieces{{"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n1234"}});
     const auto transfer = [this] {
-        EXPECT_TRUE(data(server_.url("/x")));
+        EXPECT_TRUE(fetch(server_.url("/x")));
         EXPECT_FALSE(download(server_.url("/cut")));
     };
     for (int i = 0; i < 100; ++i) {
         transfer();
     }
-    const Usage before;
+    const auto before = usage();
     for (int i = 0; i < 300; ++i) {
         transfer();
     }
-    const Usage after;
+    const auto after = usage();
     EXPECT_EQ(after.descriptors, before.descriptors);
     EXPECT_EQ(after.threads, before.threads);
     EXPECT_LE(after.memory - before.memory, 256); // pages
@@ -455,12 +467,12 @@ void cancelDuringTransfer() {
     });
     std::thread other([&] { EXPECT_FALSE(download(server.url("/x"))); });
     const auto time = durationOf([&] {
-        EXPECT_FALSE(data(server.url("/x")));
+        EXPECT_FALSE(fetch(server.url("/x")));
         other.join();
     });
     canceller.join();
     EXPECT_LT(time.count(), 1);
-    EXPECT_FALSE(data(server.url("/none")));
+    EXPECT_FALSE(fetch(server.url("/none")));
     EXPECT_EQ(server.connections(), 2);
     EXPECT_EQ(entries(NS::FileManager::defaultManager().temporaryDirectory().path()), 0U);
     std::_Exit(testing::Test::HasFailure());
@@ -485,21 +497,34 @@ TEST_F(URLSessionOverTLS, ATrustedServerIsHeard) {
     EXPECT_TRUE(body(secure_.url("/x")) == std::string(1'000'000, 'x'));
 }
 
+TEST_F(URLSessionOverTLS, TrustMayComeFromAFolder) {
+    secure_.answer("/x", {200, "here", {}});
+    const auto folder = certificate_.file().parent_path() / "trusted";
+    fs::create_directory(folder);
+    fs::copy(certificate_.file(), folder);
+    ASSERT_EQ(std::system(("openssl rehash " + folder.string()).c_str()), 0);
+    unsetenv("SSL_CERT_FILE");
+    EXPECT_EQ(body(secure_.url("/x")), "failure");
+    setenv("SSL_CERT_DIR", folder.c_str(), 1);
+    EXPECT_EQ(body(secure_.url("/x")), "here");
+    unsetenv("SSL_CERT_DIR");
+}
+
 TEST_F(URLSessionOverTLS, AServerThatNobodyTrustsIsAskedNothing) {
     const Seam::Certificate other;
     setenv("SSL_CERT_FILE", other.file().c_str(), 1);
-    EXPECT_FALSE(data(secure_.url("/x")));
+    EXPECT_FALSE(fetch(secure_.url("/x")));
     unsetenv("SSL_CERT_FILE");
-    EXPECT_FALSE(data(secure_.url("/x")));
+    EXPECT_FALSE(fetch(secure_.url("/x")));
     setenv("SSL_CERT_FILE", "/nowhere", 1);
-    EXPECT_FALSE(data(secure_.url("/x")));
+    EXPECT_FALSE(fetch(secure_.url("/x")));
     EXPECT_GT(secure_.connections(), 0);
     EXPECT_TRUE(secure_.requests().empty());
 }
 
 TEST_F(URLSessionOverTLS, AServerOfAnotherNameIsAskedNothing) {
     const auto port = secure_.url().substr(secure_.url().rfind(':'));
-    EXPECT_FALSE(data("https://localhost" + port + "/x"));
+    EXPECT_FALSE(fetch("https://localhost" + port + "/x"));
     EXPECT_GT(secure_.connections(), 0);
     EXPECT_TRUE(secure_.requests().empty());
 }
@@ -509,12 +534,12 @@ TEST_F(URLSessionOverTLS, NoRedirectLeadsBackToPlainHTTP) {
     secure_.answer("/direct", {302, "", {"Location: " + server_.url("/plain")}});
     secure_.answer("/later", {302, "", {"Location: /direct"}});
     server_.answer("/up", {302, "", {"Location: " + secure_.url("/direct")}});
-    EXPECT_FALSE(data(secure_.url("/direct")));
-    EXPECT_FALSE(data(secure_.url("/later")));
-    EXPECT_FALSE(data("HTTPS" + secure_.url("/direct").substr(5)));
+    EXPECT_FALSE(fetch(secure_.url("/direct")));
+    EXPECT_FALSE(fetch(secure_.url("/later")));
+    EXPECT_FALSE(fetch("HTTPS" + secure_.url("/direct").substr(5)));
     EXPECT_FALSE(download(secure_.url("/direct")));
     EXPECT_EQ(server_.connections(), 0);
-    EXPECT_FALSE(data(server_.url("/up")));
+    EXPECT_FALSE(fetch(server_.url("/up")));
     EXPECT_EQ(server_.connections(), 1);
 }
 
@@ -535,13 +560,13 @@ TEST_F(URLSessionOverTLS, EveryByteRestartsTheTimeout) {
 TEST_F(URLSessionOverTLS, ManyTransfersLeaveNothingBehind) {
     secure_.answer("/x", {200, "here", {}});
     for (int i = 0; i < 50; ++i) {
-        EXPECT_TRUE(data(secure_.url("/x")));
+        EXPECT_TRUE(fetch(secure_.url("/x")));
     }
-    const Usage before;
+    const auto before = usage();
     for (int i = 0; i < 100; ++i) {
-        EXPECT_TRUE(data(secure_.url("/x")));
+        EXPECT_TRUE(fetch(secure_.url("/x")));
     }
-    const Usage after;
+    const auto after = usage();
     EXPECT_EQ(after.descriptors, before.descriptors);
     EXPECT_EQ(after.threads, before.threads);
     EXPECT_LE(after.memory - before.memory, 512); // pages

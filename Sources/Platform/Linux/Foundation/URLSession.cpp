@@ -81,7 +81,6 @@ private:
         set(CURLOPT_NOSIGNAL, 1L);
         set(CURLOPT_CONNECTTIMEOUT_MS,
             static_cast<long>(patience_ / 1ms)); // halved, if there are more addresses to try
-        set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
         // libcurl leaves it to its users to heed these.
         setFromEnvironment(CURLOPT_CAINFO, "SSL_CERT_FILE");
         setFromEnvironment(CURLOPT_CAPATH, "SSL_CERT_DIR");
