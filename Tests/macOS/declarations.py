@@ -79,6 +79,14 @@ class Package:
                 todo += sorted(self.parents[name])
         return seen
 
+    def names_returning(self, *kinds):
+        """The methods and properties, of whichever class, whose result is always one of these."""
+        results = {}
+        for members in self.members.values():
+            for _, name, _, result in members:
+                results.setdefault(name, set()).add(result)
+        return {name for name, found in results.items() if found <= set(kinds)}
+
     def candidates(self, owner, static, name):
         for ancestor in self.lineage(owner):
             for is_static, member, parameters, result in self.members[ancestor]:
