@@ -83,7 +83,7 @@ class Package(unittest.TestCase):
 
     def test_it_asks_for_its_libraries_and_runs_nothing_at_installation(self):
         depends = run("dpkg-deb", "--field", self.package, "Depends")
-        for library in ("libc6", "libqt6widgets6", "libplist3", "libxss1"):
+        for library in ("libc6", "libqt6widgets6", "libplist3", "libxss1", "libcurl4"):
             self.assertRegex(depends, rf"\b{library}\b")
         with tempfile.TemporaryDirectory() as folder:
             run("dpkg-deb", "--control", self.package, folder)

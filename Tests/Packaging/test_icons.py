@@ -61,7 +61,8 @@ class Icons(unittest.TestCase):
     def compare(self, kept, made):
         """Another compiler may round differently, by one."""
         self.assertEqual(len(kept), len(made))
-        self.assertLessEqual(max(abs(a - b) for a, b in zip(kept, made)), 1)
+        if kept != made:
+            self.assertLessEqual(max(abs(a - b) for a, b in zip(kept, made)), 1)
 
     def test_the_pictures_kept_are_those_that_the_cup_gives(self):
         self.assertEqual({path.name for path in KEPT.iterdir()}, {path.name for path in self.made.iterdir()})
