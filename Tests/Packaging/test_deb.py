@@ -42,7 +42,8 @@ class Package(unittest.TestCase):
 
     def dpkg(self, *arguments):
         # Without the libraries, which are the machine's own here.
-        run("dpkg", f"--root={self.root}", "--force-depends", "--force-not-root", "--log=/dev/null", *arguments)
+        run("fakeroot", "dpkg", f"--root={self.root}", "--force-depends", "--force-not-root", "--log=/dev/null",
+            *arguments, env={**os.environ, "PATH": f"{os.environ['PATH']}:/usr/sbin:/sbin"})
 
     def files(self):
         return sorted(str(path.relative_to(self.root)) for path in self.root.rglob("*")
