@@ -89,6 +89,8 @@ def write(bundle, output):
         shutil.copytree(bundle.path, folder / bundle.path.name, symlinks=True)
         (folder / "Applications").symlink_to("/Applications")
         for path in [folder, *folder.rglob("*")]:
+            if not path.is_symlink():  # as for everyone, whatever the umask of the build was
+                path.chmod(0o755 if path.is_dir() or path.stat().st_mode & 0o111 else 0o644)
             os.utime(path, (date, date), follow_symlinks=False)
         image = pathlib.Path(temporary, "image.dmg")
         write_image = _write_with_hdiutil if sys.platform == "darwin" else _write_with_xorriso
