@@ -2,16 +2,15 @@
 
 import concurrent.futures
 import contextlib
-import functools
 import hashlib
 import http.server
 import json
 import os
 import pathlib
 import plistlib
+import re
 import shutil
 import signal
-import socket
 import ssl
 import subprocess
 import sys
@@ -61,10 +60,10 @@ def end_process(identifier):
 class Namespace(contextlib.AbstractContextManager):
     """A mount namespace of its own, with the folders given over /usr/bin, the first on top."""
 
-    def __init__(self, *over, before="", after=""):
-        """`before` and `after` are shell commands that mount more, before and after that."""
+    def __init__(self, *over, before=""):
+        """`before`: shell commands that mount more, earlier."""
         lower = ":".join(map(str, [*over, "/usr/bin"]))
-        mounts = f"set -e; {before or ':'}; mount -t overlay tools -o lowerdir={lower} /usr/bin; {after or ':'}"
+        mounts = f"set -e; {before or ':'}; mount -t overlay tools -o lowerdir={lower} /usr/bin"
         self._entering = [] if os.geteuid() == 0 else ["--user", "--preserve-credentials"]
         self._keeper = subprocess.Popen(
             ["unshare", "--mount", "--propagation", "private", *([] if os.geteuid() == 0 else ["--map-root-user"]),
@@ -87,6 +86,239 @@ class Namespace(contextlib.AbstractContextManager):
         self._keeper.stdin.close()
         self._keeper.wait()
         self._keeper.stdout.close()
+
+
+class Server(contextlib.AbstractContextManager):
+    """Answers each path with what `answers` has for it: a function of the request's handler; 404 for all others."""
+
+    def __init__(self, certificate=None, address=("127.0.0.1", 0)):
+        """`certificate`: a file with it and its key, to speak TLS."""
+        self.answers = {}
+        self.requests = []  # paths, in the order of their arrival
+        self.on_request = lambda path: None
+        server = self
+
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_GET(self):
+                server.on_request(self.path)
+                server.requests.append(self.path)
+                self.close_connection = True
+                with contextlib.suppress(ConnectionError, ssl.SSLError):
+                    server.answers.get(self.path, answer(404))(self)
+
+            def log_message(self, *_):
+                pass
+
+        class Listener(http.server.ThreadingHTTPServer):
+            request_queue_size = 64
+
+            def handle_error(self, *_):
+                pass  # clients that go away
+
+        self._listener = Listener(address, Handler)
+        self.scheme = "http"
+        if certificate:
+            context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+            context.load_cert_chain(certificate)
+            self._listener.socket = context.wrap_socket(self._listener.socket, server_side=True,
+                                                        do_handshake_on_connect=False)
+            self.scheme = "https"
+        self.port = self._listener.server_address[1]
+        self.base = f"{self.scheme}://127.0.0.1:{self.port}"
+        threading.Thread(target=self._listener.serve_forever, kwargs={"poll_interval": 0.05}, daemon=True).start()
+
+    def __exit__(self, *_):
+        self._listener.shutdown()
+        self._listener.socket.close()  # handlers that wait for a client that will not go away are daemons
+
+
+def answer(status, body=b"", **headers):
+    def act(handler):
+        handler.send_response(status)
+        handler.send_header("Content-Length", len(body))
+        for name, value in headers.items():
+            handler.send_header(name, value)
+        handler.end_headers()
+        if status not in (204, 304):
+            handler.wfile.write(body)
+    return act
+
+
+def wait_until_closed(handler):
+    handler.connection.settimeout(600)
+    with contextlib.suppress(OSError):
+        while handler.connection.recv(1024):
+            pass
+
+
+class Silence:
+    """Sends so much of an answer and then nothing more; `ended` is when the client had enough."""
+
+    def __init__(self, head=b""):
+        self.head = head
+        self.began = self.ended = None
+
+    def __call__(self, handler):
+        handler.connection.sendall(self.head)
+        self.began = time.monotonic()
+        wait_until_closed(handler)
+        self.ended = time.monotonic()
+
+
+def in_drops(body, pieces, pause):
+    """The answer in so many pieces, with pauses between them."""
+    def act(handler):
+        handler.send_response(200)
+        handler.send_header("Content-Length", len(body))
+        handler.end_headers()
+        size = -(-len(body) // pieces)
+        for begin in range(0, len(body), size):
+            if begin:
+                time.sleep(pause)
+            handler.wfile.write(body[begin:begin + size])
+            handler.wfile.flush()
+    return act
+
+
+def cut(body):
+    """Half of what was promised."""
+    def act(handler):
+        handler.send_response(200)
+        handler.send_header("Content-Length", len(body))
+        handler.end_headers()
+        handler.wfile.write(body[:len(body) // 2])
+    return act
+
+
+def make_image(tree, image):
+    """A disk image of the folder `tree`, whatever is in it."""
+    subprocess.run(["xorriso", "-as", "mkisofs", "-quiet", "-R", "-hfsplus", "-V", "Vantorel", "-o", str(image), str(tree)],
+                   check=True, stderr=subprocess.DEVNULL)
+    return image.read_bytes()
+
+
+def manifest(version, image, **changes):
+    latest = {"version": version, "file": IMAGE[1:], "sha256": hashlib.sha256(image).hexdigest(), **changes}
+    return json.dumps({"latest": latest}).encode()
+
+
+def write_info(bundle, **changes):
+    file = bundle / "Contents/Info.plist"
+    info = plistlib.loads(file.read_bytes() if file.exists() else (APP / "Contents/Info.plist").read_bytes())
+    info.update(changes)
+    file.unlink(missing_ok=True)  # it may be a link to that of another bundle
+    file.write_bytes(plistlib.dumps({key: value for key, value in info.items() if value is not None}))
+
+
+class Machine(contextlib.AbstractContextManager):
+    """A user's folders with Vantorel 1.0.0 in one of them, and the system's tools where they belong."""
+
+    def __init__(self, desktop, name, base, *, bundle="Vantorel.app", over=(), before="", after="", **defaults):
+        """`base` is the server. `over`: folders over the tools. `before` and `after`: shell commands that mount more, where
+        $APPLICATIONS, $TEMPORARY and $CONFIG are the folders, before and after the program is put there."""
+        self.stack = contextlib.ExitStack()
+        self.folder = desktop.folder / name
+        self.applications = self.folder / "Applications"
+        self.temporary = self.folder / "temporary"
+        self.config = self.folder / "config"
+        self.target = self.applications / bundle
+        for made in (self.applications, self.temporary, self.config, self.folder / "hooks"):
+            made.mkdir(parents=True)
+        self.temporary.chmod(0o700)
+        folders = f"APPLICATIONS='{self.applications}' TEMPORARY='{self.temporary}' CONFIG='{self.config}'; "
+        self.namespace = self.stack.enter_context(Namespace(*over, TOOLS, before=folders + (before or ":")))
+        self.environment = {
+            **desktop.environment,
+            "HOME": str(self.folder),
+            "XDG_CONFIG_HOME": str(self.config),
+            "XDG_CACHE_HOME": str(self.folder / "cache"),
+            "TMPDIR": str(self.temporary),
+            "MACHINE": str(self.folder),
+        }
+        self.environment.pop(VARIABLE, None)
+        if base is not None:
+            self.environment[VARIABLE] = base
+        self.put_bundle(self.seen(self.target), "1.0.0")
+        self.before = tree(self.seen(self.applications))
+        with open(self.seen(self.config) / f"{IDENTIFIER}.plist", "wb") as file:
+            plistlib.dump({"appLanguage": "en", **defaults}, file)
+        if after:
+            self.namespace.run("sh", "-c", folders + after)
+        self.process = None
+
+    @staticmethod
+    def put_bundle(bundle, version, **info):
+        """The program as it ships, but for its version."""
+        shutil.copytree(APP, bundle)
+        write_info(bundle, CFBundleShortVersionString=version, CFBundleVersion=version, **info)
+
+    def seen(self, path):
+        return self.namespace.path(path)
+
+    def hook(self, name, commands):
+        """Shell commands for a tool to run first."""
+        (self.folder / "hooks" / name).write_text(commands)
+
+    # Processes
+
+    def start(self, *through, **environment):
+        """Starts the program, by way of another command if one is given."""
+        with open(self.folder / "log", "ab") as log:
+            self.process = subprocess.Popen(
+                self.namespace.command(*through, self.target / "Contents/MacOS/Vantorel"),
+                env={**self.environment, **environment}, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+        # Its parent takes note of its end at once, as launchd does: until then its number stays in use.
+        threading.Thread(target=self.process.wait, daemon=True).start()
+        self.stack.callback(self.end)
+        self.started = time.monotonic()
+
+    def runs(self):
+        return self.process.poll() is None
+
+    def threads(self):
+        return len(os.listdir(f"/proc/{self.process.pid}/task"))
+
+    def opened(self):
+        file = self.folder / "opened"
+        return [int(line) for line in file.read_text().split()] if file.exists() else []
+
+    def end(self):
+        for identifier in self.opened():
+            end_process(identifier)
+        if self.process:
+            self.process.kill()
+            self.process.wait()
+
+    def __exit__(self, *_):
+        self.stack.close()
+
+    # What is to be seen afterwards
+
+    def record(self):
+        """The tools' calls: lists of the tool's name and its arguments."""
+        file = self.folder / "record"
+        return [line.split("\037")[:-1] for line in file.read_text().split("\n")[:-1]] if file.exists() else []
+
+    def tools(self):
+        """The same in short: `hdiutil attach`, `ditto`."""
+        return [" ".join(call[:2]) if call[0] == "hdiutil" else call[0] for call in self.record()]
+
+    def log(self):
+        """The lines of the log without their time and process; lines of another kind as they are."""
+        lines = (self.folder / "log").read_text().splitlines()
+        return [re.sub(r"^[-\d]+ [:.\d]+ Vantorel\[\d+:\d+\] ", "", line) for line in lines]
+
+    def left(self):
+        """What stands in the temporary directory, with `*` for what is random in the names."""
+        names = (entry.name for entry in self.seen(self.temporary).iterdir())
+        return sorted(re.sub(r"[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}|(?<=^download-)\w{6}$", "*", name) for name in names)
+
+    def attempts(self):
+        stored = plistlib.loads((self.seen(self.config) / f"{IDENTIFIER}.plist").read_bytes())
+        return stored.get("updateAttempts")
+
+    def version_installed(self):
+        return plistlib.loads((self.seen(self.target) / "Contents/Info.plist").read_bytes())["CFBundleShortVersionString"]
 
 
 def run_in_parallel(at_once):
