@@ -213,15 +213,18 @@ def write_info(bundle, **changes):
 class Machine(contextlib.AbstractContextManager):
     """A user's folders with Vantorel 1.0.0 in one of them, and the system's tools where they belong."""
 
-    def __init__(self, desktop, name, base, *, bundle="Vantorel.app", over=(), before="", after="", **defaults):
-        """`base` is the server. `over`: folders over the tools. `before` and `after`: shell commands that mount more, where
-        $APPLICATIONS, $TEMPORARY and $CONFIG are the folders, before and after the program is put there."""
+    def __init__(self, desktop, name, base, *, bundle="Vantorel.app", preferences=IDENTIFIER, over=(), before="",
+                 after="", **defaults):
+        """`base` is the server, `preferences` their file. `over`: folders over the tools. `before` and `after`: shell
+        commands that mount more, where $APPLICATIONS, $TEMPORARY and $CONFIG are the folders, before and after the program
+        is put there."""
         self.stack = contextlib.ExitStack()
         self.folder = desktop.folder / name
         self.applications = self.folder / "Applications"
         self.temporary = self.folder / "temporary"
         self.config = self.folder / "config"
         self.target = self.applications / bundle
+        self.defaults_file = self.config / f"{preferences}.plist"
         for made in (self.applications, self.temporary, self.config, self.folder / "hooks"):
             made.mkdir(parents=True)
         self.temporary.chmod(0o700)
@@ -240,8 +243,7 @@ class Machine(contextlib.AbstractContextManager):
             self.environment[VARIABLE] = base
         self.put_bundle(self.seen(self.target), "1.0.0")
         self.before = tree(self.seen(self.applications))
-        with open(self.seen(self.config) / f"{IDENTIFIER}.plist", "wb") as file:
-            plistlib.dump({"appLanguage": "en", **defaults}, file)
+        self.seen(self.defaults_file).write_bytes(plistlib.dumps({"appLanguage": "en", **defaults}))
         if after:
             self.namespace.run("sh", "-c", folders + after)
         self.process = None
@@ -249,7 +251,13 @@ class Machine(contextlib.AbstractContextManager):
     @staticmethod
     def put_bundle(bundle, version, **info):
         """The program as it ships, but for its version."""
-        shutil.copytree(APP, bundle)
+        def link_or_copy(source, destination):  # the program is large, and there are many machines
+            try:
+                os.link(source, destination)
+            except OSError:
+                shutil.copy2(source, destination)
+
+        shutil.copytree(APP, bundle, copy_function=link_or_copy)
         write_info(bundle, CFBundleShortVersionString=version, CFBundleVersion=version, **info)
 
     def seen(self, path):
@@ -314,8 +322,7 @@ class Machine(contextlib.AbstractContextManager):
         return sorted(re.sub(r"[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}|(?<=^download-)\w{6}$", "*", name) for name in names)
 
     def attempts(self):
-        stored = plistlib.loads((self.seen(self.config) / f"{IDENTIFIER}.plist").read_bytes())
-        return stored.get("updateAttempts")
+        return plistlib.loads(self.seen(self.defaults_file).read_bytes()).get("updateAttempts")
 
     def version_installed(self):
         return plistlib.loads((self.seen(self.target) / "Contents/Info.plist").read_bytes())["CFBundleShortVersionString"]
