@@ -14,7 +14,7 @@ import time
 import unittest
 
 from desktop import HERE, wait_for
-from updates import TOOLS, Namespace, end_process, helper_script, run_in_parallel, tree
+from updates import TOOLS, Namespace, end_process, helper_script, run_in_parallel, tree, write_info
 
 PAGE = HERE.parent.parent / "docs/swap-outcomes.md"
 COLUMNS = ["What happens", "At its place", "Beside it, as `.old-`", "Started again", "Left in the temporary directory"]
@@ -130,6 +130,7 @@ class Swap:
         executable = contents / "MacOS/Vantorel"
         executable.write_text(f'#!/bin/sh\necho {version} >> "$MACHINE/started"\n')
         executable.chmod(0o755)
+        write_info(bundle)
         return tree(bundle)
 
     def run(self, quits, marker_blocks):
