@@ -18,10 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     for (const char* key : {"latest", "version", "file", "sha256"}) {
         require(text.find(key) != text.npos || text.find("\\u") != text.npos, "a key that is not there");
     }
-    const auto again = Updater::parseManifest(" \r\n\t" + text + "\n");
+    const auto again = Updater::parseManifest(text + " \r\n\t");
     require(again && again->version == release->version && again->file == release->file &&
                 again->sha256 == release->sha256 && again->size == release->size && again->notes == release->notes,
-            "white space around it changes nothing");
+            "white space behind it changes nothing");
     require(!Updater::isNewer(release->version, release->version), "newer than itself");
     return 0;
 }
