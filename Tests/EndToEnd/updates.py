@@ -14,11 +14,12 @@ import signal
 import ssl
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 import unittest
 
-from desktop import APP, HERE, IDENTIFIER, wait_for
+from desktop import APP, HERE, IDENTIFIER, Desktop, wait_for
 
 TOOLS = HERE / "tools/system"
 VARIABLE = "KORVEX_UPDATE_BASE"
@@ -27,6 +28,7 @@ IMAGE = "/updates/Vantorel.dmg"
 SCRIPT_BEGINS = b'#!/bin/sh\nTARGET="$1"\n'
 SCRIPT_SIZE = 755
 
+FIRST_CHECK = 12  # seconds after the start
 CHECKSUM_LINE = "Updater: checksum mismatch, discarding download"
 HELPER_LINE = "Updater: helper did not start, keeping the current version"
 
@@ -326,6 +328,86 @@ class Machine(contextlib.AbstractContextManager):
 
     def version_installed(self):
         return plistlib.loads((self.seen(self.target) / "Contents/Info.plist").read_bytes())["CFBundleShortVersionString"]
+
+
+def put_small_bundle(folder, version="1.1.0", name="Vantorel.app", **info):
+    """A version whose only work is to say that it was started."""
+    executable = folder / name / "Contents/MacOS/Vantorel"
+    executable.parent.mkdir(parents=True)
+    executable.write_text(f'#!/bin/sh\necho {version} >> "$MACHINE/started"\n')
+    executable.chmod(0o755)
+    (folder / name / "Contents/content").write_bytes(os.urandom(300000))
+    write_info(folder / name, CFBundleShortVersionString=version, **info)
+
+
+class UpdateTest(unittest.TestCase):
+    """A check for updates on a machine of its own."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = cls.enterClassContext(Desktop(tray=False))
+        cls.folder = cls.desktop.folder / "made"
+        cls.folder.mkdir()
+        cls.image = cls.image_of(put_small_bundle)
+        cls.certificate = cls.folder / "certificate.pem"
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj", "/CN=test",
+                        "-addext", "subjectAltName=IP:127.0.0.1,DNS:korvex.example", "-keyout", cls.folder / "key",
+                        "-out", cls.folder / "public"], check=True, capture_output=True)
+        cls.certificate.write_text((cls.folder / "key").read_text() + (cls.folder / "public").read_text())
+        cls.trust = f"mount --bind '{cls.folder}/public' /etc/ssl/certs/ca-certificates.crt"
+
+    @classmethod
+    def image_of(cls, put, *arguments, **options):
+        """An image of what `put` puts into a folder."""
+        content = pathlib.Path(tempfile.mkdtemp(dir=cls.folder))
+        put(content, *arguments, **options)
+        return make_image(content, content.with_suffix(".dmg"))
+
+    def setUp(self):
+        self.server = self.enterContext(Server())
+        self.server.on_request = self.note_request
+        self.threads_checking = None
+
+    def note_request(self, _):
+        if self.threads_checking is None:
+            self.threads_checking = self.machine.threads()
+
+    def install(self, base=None, **options):
+        """The machine with 1.0.0; `base` may be another server than the test's."""
+        name = self.id().split(".")[-1].removeprefix("test_")
+        self.machine = self.enterContext(Machine(self.desktop, name, base or self.server.base, **options))
+        return self.machine
+
+    def offer(self, image=None, image_answer=None, version="1.1.0", **changes):
+        image = self.image if image is None else image
+        self.server.answers[MANIFEST] = answer(200, manifest(version, image, **changes))
+        self.server.answers[IMAGE] = image_answer or answer(200, image)
+
+    def check(self, *through, seconds=60, **environment):
+        """Starts the program and waits for the end of its first check, that is of the thread that does it."""
+        self.machine.start(*through, **environment)
+        wait_for(lambda: self.threads_checking, FIRST_CHECK + 20, "a request to the server")
+        wait_for(lambda: not self.machine.runs() or self.machine.threads() < self.threads_checking, seconds,
+                 "the end of the check")
+
+    def expect_kept(self, requests, tools=(), left=(), log=()):
+        """The version is kept and runs on, and this is all that the check did."""
+        self.assertTrue(self.machine.runs())
+        self.assertEqual(self.server.requests, requests)
+        self.assertEqual(self.machine.tools(), list(tools))
+        self.assertEqual(self.machine.left(), list(left))
+        self.assertEqual(self.machine.log(), list(log))
+        self.assertEqual(tree(self.machine.seen(self.machine.applications)), self.machine.before)
+        self.assertEqual(self.machine.attempts(), None)
+
+    def expect_swapped(self, started=("1.1.0",)):
+        """The program has quit, and the small 1.1.0 was started in its place."""
+        self.assertEqual(self.machine.process.wait(10), 0)
+        wait_for(lambda: (self.machine.folder / "started").exists(), 30, "the new version to start")
+        wait_for(lambda: not self.machine.left(), 10, "the script to clean up")
+        self.assertEqual(self.machine.version_installed(), "1.1.0")
+        self.assertEqual(os.listdir(self.machine.applications), ["Vantorel.app"])
+        self.assertEqual((self.machine.folder / "started").read_text().split(), list(started))
 
 
 def run_in_parallel(at_once):
