@@ -8,8 +8,8 @@
 
 namespace NS {
 
-/// Lays out the subviews of a plain view by their distances to its edges. Distances that may be larger count for the size
-/// that the view would like to have; whatever it gets, what is centred stays in the middle and as large as it is.
+/// Lays out the subviews of a plain view by their distances to its edges. Distances that may be larger count for the
+/// size that the view would like to have; whatever it gets, what is centred stays in the middle and as large as it is.
 class EdgeLayout final : public QLayout {
 public:
     /// That of `superview`, which gets one when it has none.

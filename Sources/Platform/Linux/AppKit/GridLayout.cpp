@@ -77,8 +77,8 @@ void GridLayout::setGeometry(const QRect& rect) {
         const auto rowSize = sizeOf(row);
         for (const auto& place : row) {
             const QSize size = NS::sizeOf(*place.view);
-            const int before = std::accumulate(widths.begin(), widths.begin() + place.column,
-                                               place.column * plan_.columnSpacing);
+            const int before =
+                std::accumulate(widths.begin(), widths.begin() + place.column, place.column * plan_.columnSpacing);
             const int free = place.isTrailing ? widthOf(place, widths) - size.width() : 0;
             const int lowered = plan_.alignsBaselines ? rowSize.above - baselineOf(*place.view) : 0;
             const QRect seen(QPoint(rect.left() + before + free, top + lowered), size);
