@@ -12,8 +12,8 @@
 #include <cstdint>
 #include <memory>
 
-/// The Settings window: launch at login, the schedule and its times, automatic updates, the language. It is built when it
-/// is first shown, and kept. Main thread only.
+/// The Settings window: launch at login, the schedule and its times, automatic updates, the language. It is built when
+/// it is first shown, and kept. Main thread only.
 class SettingsWindowController : public std::enable_shared_from_this<SettingsWindowController> {
 public:
     /// Follows the language from here on.

@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QSessionManager>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <utility>
@@ -41,8 +42,7 @@ void requireDisplay() {
 QApplication* makeApplication() {
     requireDisplay();
     static int argc = 1;
-    static char name[] = "";
-    static char* argv[] = {name, nullptr};
+    static char* argv[] = {program_invocation_short_name, nullptr}; // which also names the windows' class
     auto* application = new QApplication(argc, argv);
     application->setQuitOnLastWindowClosed(false);
     const auto bundle = Bundle::mainBundle();

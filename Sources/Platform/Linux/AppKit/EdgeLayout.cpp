@@ -10,17 +10,18 @@ EdgeLayout& EdgeLayout::of(QWidget& superview) {
     return layout ? *layout : *new EdgeLayout(superview);
 }
 
-EdgeLayout::Place& EdgeLayout::placeOf(QWidget& subview) {
+EdgeLayout::Place& EdgeLayout::placeOf(const ViewNative& subview) {
     const auto found = std::find_if(places_.begin(), places_.end(),
-                                    [&](const Place& place) { return place.item->widget() == &subview; });
+                                    [&](const Place& place) { return place.item->widget() == subview.widget; });
     if (found != places_.end()) {
         return *found;
     }
-    addWidget(&subview);
+    addWidget(subview.widget);
+    places_.back().insets = subview.alignmentInsets();
     return places_.back();
 }
 
-void EdgeLayout::constrain(QWidget& subview, Edge edge, int distance) {
+void EdgeLayout::constrain(const ViewNative& subview, Edge edge, int distance) {
     auto& place = placeOf(subview);
     switch (edge) {
     case Edge::Leading:
@@ -43,7 +44,7 @@ void EdgeLayout::constrain(QWidget& subview, Edge edge, int distance) {
 }
 
 void EdgeLayout::addItem(QLayoutItem* item) {
-    places_.push_back({std::unique_ptr<QLayoutItem>(item), {}, false});
+    places_.push_back({std::unique_ptr<QLayoutItem>(item), {}, {}, false});
 }
 
 QLayoutItem* EdgeLayout::itemAt(int index) const {
@@ -62,7 +63,7 @@ QLayoutItem* EdgeLayout::takeAt(int index) {
 QSize EdgeLayout::sizeHint() const {
     QSize size(0, 0);
     for (const auto& place : places_) {
-        size = size.expandedTo(place.item->sizeHint().grownBy(place.margins));
+        size = size.expandedTo(place.item->sizeHint().shrunkBy(place.insets).grownBy(place.margins));
     }
     return size;
 }
@@ -72,10 +73,10 @@ void EdgeLayout::setGeometry(const QRect& rect) {
     for (const auto& place : places_) {
         QRect inner = rect.marginsRemoved(place.margins);
         if (place.isCentred) {
-            const int width = place.item->sizeHint().width();
+            const int width = place.item->sizeHint().shrunkBy(place.insets).width();
             inner = QRect(rect.x() + (rect.width() - width) / 2, inner.y(), width, inner.height());
         }
-        place.item->setGeometry(inner);
+        place.item->setGeometry(inner.marginsAdded(place.insets));
     }
 }
 

@@ -65,23 +65,25 @@ QSize GridLayout::sizeHint() const {
         height += sizeOf(row).height();
     }
     const auto gaps = [](std::size_t count) { return std::max(0, static_cast<int>(count) - 1); };
-    return {std::accumulate(widths.begin(), widths.end(), gaps(widths.size()) * plan_.columnSpacing),
-            height + gaps(plan_.rows.size()) * plan_.rowSpacing};
+    const QSize size(std::accumulate(widths.begin(), widths.end(), gaps(widths.size()) * plan_.columnSpacing),
+                     height + gaps(plan_.rows.size()) * plan_.rowSpacing);
+    return size.grownBy(plan_.insets);
 }
 
 void GridLayout::setGeometry(const QRect& rect) {
     QLayout::setGeometry(rect);
     const auto widths = columnWidths();
-    int top = rect.top();
+    const QPoint origin = rect.marginsRemoved(plan_.insets).topLeft();
+    int top = origin.y();
     for (const auto& row : plan_.rows) {
         const auto rowSize = sizeOf(row);
         for (const auto& place : row) {
             const QSize size = NS::sizeOf(*place.view);
-            const int before = std::accumulate(widths.begin(), widths.begin() + place.column,
-                                               place.column * plan_.columnSpacing);
+            const int before =
+                std::accumulate(widths.begin(), widths.begin() + place.column, place.column * plan_.columnSpacing);
             const int free = place.isTrailing ? widthOf(place, widths) - size.width() : 0;
             const int lowered = plan_.alignsBaselines ? rowSize.above - baselineOf(*place.view) : 0;
-            const QRect seen(QPoint(rect.left() + before + free, top + lowered), size);
+            const QRect seen(QPoint(origin.x() + before + free, top + lowered), size);
             place.view->widget->setGeometry(seen.marginsAdded(place.view->alignmentInsets()));
         }
         top += rowSize.height() + plan_.rowSpacing;

@@ -20,6 +20,7 @@ struct GridPlace {
 struct GridPlan {
     std::vector<std::vector<GridPlace>> rows;
     int columns = 0;
+    QMargins insets; // for what the views have around what is seen of them
     int rowSpacing = 0;
     int columnSpacing = 0;
     bool alignsBaselines = false;

@@ -42,8 +42,18 @@ struct GridViewNative : ViewNative {
     double columnSpacing = 6;
     GridRowAlignment alignment = GridRowAlignment::None;
 
+    // As wide as the widest of its views': they must not be cut off at the grid's edge.
+    QMargins alignmentInsets() const override {
+        QMargins insets;
+        for (const auto& view : subviews) {
+            insets = insets | view->alignmentInsets();
+        }
+        return insets;
+    }
+
     void layOut() const {
         GridPlan plan;
+        plan.insets = alignmentInsets();
         plan.columns = static_cast<int>(columns.size());
         plan.rowSpacing = static_cast<int>(std::lround(rowSpacing));
         plan.columnSpacing = static_cast<int>(std::lround(columnSpacing));

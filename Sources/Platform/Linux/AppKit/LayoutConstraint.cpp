@@ -48,7 +48,7 @@ struct EdgeConstraint : ConstraintNative {
         const auto view = anchor->view.lock();
         const auto superview = ofSuperview->view.lock();
         if (view && superview && view->widget && superview->widget) {
-            EdgeLayout::of(*superview->widget).constrain(*view->widget, anchor->edge, pixels());
+            EdgeLayout::of(*superview->widget).constrain(*view, anchor->edge, pixels());
         }
     }
 };

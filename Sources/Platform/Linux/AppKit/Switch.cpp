@@ -58,8 +58,8 @@ private:
     QColor trackColor(const QStyleOptionButton& option) const {
         const QColor window = option.palette.color(QPalette::Window);
         const QColor text = option.palette.color(QPalette::Active, QPalette::WindowText);
-        const QColor base = isChecked() ? option.palette.color(QPalette::Active, QPalette::Highlight)
-                                        : mixed(window, text, 0.32);
+        const QColor base =
+            isChecked() ? option.palette.color(QPalette::Active, QPalette::Highlight) : mixed(window, text, 0.32);
         const bool isLit = isEnabled() && (option.state & QStyle::State_MouseOver) != 0;
         return isLit ? mixed(base, text, 0.1) : base;
     }
@@ -92,9 +92,7 @@ struct SwitchNative : ViewNative {
     }
 
     // Its middle stands at the middle of the capitals beside it.
-    int firstBaseline() const override {
-        return (button->sizeHint().height() + button->fontMetrics().capHeight()) / 2;
-    }
+    int firstBaseline() const override { return (button->sizeHint().height() + button->fontMetrics().capHeight()) / 2; }
     QMargins alignmentInsets() const override { return SwitchWidget::ring(); }
 
     QPointer<SwitchWidget> button;

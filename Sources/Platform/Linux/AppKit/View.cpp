@@ -94,7 +94,7 @@ LayoutDimension View::heightAnchor() const {
 Size View::fittingSize() const {
     const auto& widget = Bridge::native<ViewNative>(*this).widget;
     activateLayouts(*widget);
-    const QSize size = widget->sizeHint();
+    const QSize size = widget->sizeHint().shrunkBy(Bridge::native<ViewNative>(*this).alignmentInsets());
     return {static_cast<double>(size.width()), static_cast<double>(size.height())};
 }
 

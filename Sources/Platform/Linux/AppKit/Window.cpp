@@ -48,14 +48,16 @@ WindowNative& native(const Window& window) {
     return Bridge::native<WindowNative>(window);
 }
 
-// The keyboard starts at the choice that is made, not at the first there is.
-void focusCheckedRadioButton(const QWidget& window) {
+// The keyboard starts at the choice that is made, if there is one, and else before the first control: none of them is
+// worked unseen.
+void setInitialFocus(QWidget& window) {
     for (auto* radio : window.findChildren<QRadioButton*>()) {
         if (radio->isChecked()) {
             radio->setFocus();
             return;
         }
     }
+    window.setFocus();
 }
 
 } // namespace
@@ -161,7 +163,7 @@ void Window::center() {
 void Window::makeKeyAndOrderFront() {
     auto* widget = native(*this).widget;
     if (widget->focusWidget() == nullptr) {
-        focusCheckedRadioButton(*widget);
+        setInitialFocus(*widget);
     }
     widget->show();
     widget->raise();
