@@ -69,7 +69,6 @@ private:
         set(CURLOPT_URL, request.URL.absoluteString().c_str());
         set(CURLOPT_PATH_AS_IS, 1L);
         set(CURLOPT_PROTOCOLS_STR, "http,https");
-        set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
         set(CURLOPT_FOLLOWLOCATION, 1L);
         set(CURLOPT_MAXREDIRS, mostRedirects);
         set(CURLOPT_PREREQFUNCTION, &Transfer::willRequest);
