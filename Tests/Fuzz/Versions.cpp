@@ -3,12 +3,12 @@
 #include "Require.h"
 #include "Updater.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,17 +21,16 @@ bool isNumber(const std::string& piece) {
 
 std::vector<long long> numbers(const std::string& version) {
     std::vector<long long> result;
-    std::istringstream pieces(version);
-    for (std::string piece; std::getline(pieces, piece, '.');) {
+    for (std::size_t begin = 0; begin < version.size();) {
+        const auto end = std::min(version.find('.', begin), version.size());
+        const auto piece = version.substr(begin, end - begin);
+        begin = end + 1;
         if (piece.empty()) {
             continue;
         }
         errno = 0;
         const long long number = isNumber(piece) ? std::strtoll(piece.c_str(), nullptr, 10) : 0;
         result.push_back(errno == ERANGE ? 0 : number);
-    }
-    while (!result.empty() && result.back() == 0) {
-        result.pop_back();
     }
     return result;
 }
@@ -52,19 +51,23 @@ bool isNewerByAnotherHand(const std::string& candidate, const std::string& curre
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    std::istringstream lines(std::string(bytes, bytes + size));
     std::array<std::string, 3> versions;
-    for (auto& version : versions) {
-        std::getline(lines, version);
-    }
-    for (const auto& a : versions) {
-        require(!Updater::isNewer(a, a), "newer than itself");
-        for (const auto& b : versions) {
-            require(Updater::isNewer(a, b) == isNewerByAnotherHand(a, b), "the same order by another hand");
-            require(!(Updater::isNewer(a, b) && Updater::isNewer(b, a)), "each newer than the other");
+    auto* version = versions.begin();
+    for (const auto byte : std::string(bytes, bytes + size)) {
+        if (byte != '\n') {
+            *version += byte;
+        } else if (++version == versions.end()) {
+            break;
         }
     }
     const auto& [a, b, c] = versions;
-    require(!(Updater::isNewer(a, b) && Updater::isNewer(b, c)) || Updater::isNewer(a, c), "transitive");
+    const bool ab = Updater::isNewer(a, b);
+    const bool ba = Updater::isNewer(b, a);
+    const bool bc = Updater::isNewer(b, c);
+    const bool ac = Updater::isNewer(a, c);
+    require(ab == isNewerByAnotherHand(a, b) && ba == isNewerByAnotherHand(b, a), "the same order by another hand");
+    require(!Updater::isNewer(a, a), "newer than itself");
+    require(!(ab && ba), "each newer than the other");
+    require(!(ab && bc) || ac, "transitive");
     return 0;
 }
