@@ -17,7 +17,7 @@ namespace {
 /// How the user's region writes hours and minutes. Some write seconds too.
 QString hoursAndMinutes() {
     static const QRegularExpression seconds(QStringLiteral("[^A-Za-z']?s+(\\.z+)?"));
-    return QLocale::system().timeFormat(QLocale::ShortFormat).remove(seconds);
+    return QLocale().timeFormat(QLocale::ShortFormat).remove(seconds);
 }
 
 class TimeEdit final : public QTimeEdit {
