@@ -134,7 +134,7 @@ TEST(JSONSerialization, EscapesOfNothingAreRefused) {
 
 TEST(JSONSerialization, HalvesOfCharactersAreRefused) {
     for (const char* text : {R"("\uD83D")", R"("\uDE00")", R"("\uDE00\uD83D")", R"("\uD83Dx")", R"("\uD83D\n")",
-                             R"("\uD83D\u0041")", R"("\uD83D\uD83D")"}) {
+                             R"("\uD83D\u0041")", R"("\uD83D\uD83D")", R"("\uDE00\uDE00")"}) {
         EXPECT_EQ(value(text), std::nullopt) << text;
     }
 }
@@ -166,8 +166,8 @@ TEST(JSONSerialization, OfEqualKeysTheLastOneCounts) {
 TEST(JSONSerialization, NestingEndsAt512) {
     EXPECT_TRUE(JSONObjectWithData(repeated("[", 512) + repeated("]", 512)));
     EXPECT_EQ(JSONObjectWithData(repeated("[", 513) + repeated("]", 513)), std::nullopt);
-    EXPECT_TRUE(JSONObjectWithData(repeated("{\"a\":", 511) + "[]" + repeated("}", 511)));
-    EXPECT_EQ(JSONObjectWithData(repeated("{\"a\":", 512) + "[]" + repeated("}", 512)), std::nullopt);
+    EXPECT_TRUE(JSONObjectWithData(repeated("{\"a\":", 511) + "{}" + repeated("}", 511)));
+    EXPECT_EQ(JSONObjectWithData(repeated("{\"a\":", 512) + "{}" + repeated("}", 512)), std::nullopt);
 }
 
 TEST(JSONSerialization, NoNestingOverflowsTheStack) {
