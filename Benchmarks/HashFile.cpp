@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
     const long before = memory("VmRSS");
     std::setvbuf(file, nullptr, _IONBF, 0);
     NS::SHA256 hash;
-    std::vector<std::uint8_t> piece(std::size_t{256} << 10);
+    std::vector<std::uint8_t> piece(std::size_t{64} << 10);
     while (const auto count = std::fread(piece.data(), 1, piece.size(), file)) {
         hash.update(piece.data(), count);
     }

@@ -144,7 +144,7 @@ NS::URL temporaryURL(const std::string& name) {
     return NS::FileManager::defaultManager().temporaryDirectory().URLByAppendingPathComponent(name);
 }
 
-// In pieces, so that an image of any size costs no more memory than a small one.
+// In pieces, so that an image of any size costs no more memory than a small one; small ones, which stay in the cache.
 std::optional<std::string> digestOfFile(const std::string& path) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
     if (!file) {
@@ -152,7 +152,7 @@ std::optional<std::string> digestOfFile(const std::string& path) {
     }
     std::setvbuf(file.get(), nullptr, _IONBF, 0);
     NS::SHA256 hash;
-    std::vector<std::uint8_t> piece(std::size_t{256} << 10);
+    std::vector<std::uint8_t> piece(std::size_t{64} << 10);
     while (const auto count = std::fread(piece.data(), 1, piece.size(), file.get())) {
         hash.update(piece.data(), count);
     }
