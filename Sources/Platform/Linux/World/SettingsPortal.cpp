@@ -36,6 +36,7 @@ void apply(const QVariant& value) {
 } // namespace
 
 SettingsPortal::SettingsPortal(const QDBusConnection& bus) {
+    qRegisterMetaType<QDBusVariant>(); // Qt takes no slot with one before something else has made it known
     // From any sender: to name one makes Qt ask for its owner and wait.
     QDBusConnection(bus).connect(QString(), path, interface, QStringLiteral("SettingChanged"), {group, key},
                                  QStringLiteral("ssv"), this, SLOT(settingChanged(QString, QString, QDBusVariant)));

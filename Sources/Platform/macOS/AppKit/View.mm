@@ -6,12 +6,40 @@
 
 namespace NS {
 
+View View::initWithFrame(const Rect& frame) {
+    return handle<View>([[NSView alloc] initWithFrame:toNSRect(frame)]);
+}
+
+void View::addSubview(const View& view) {
+    [object<NSView>(*this) addSubview:object<NSView>(view)];
+}
+
 void View::setTranslatesAutoresizingMaskIntoConstraints(bool translates) {
     [object<NSView>(*this) setTranslatesAutoresizingMaskIntoConstraints:translates];
 }
 
 bool View::translatesAutoresizingMaskIntoConstraints() const {
     return [object<NSView>(*this) translatesAutoresizingMaskIntoConstraints];
+}
+
+LayoutXAxisAnchor View::leadingAnchor() const {
+    return handle<LayoutXAxisAnchor>([object<NSView>(*this) leadingAnchor]);
+}
+
+LayoutXAxisAnchor View::trailingAnchor() const {
+    return handle<LayoutXAxisAnchor>([object<NSView>(*this) trailingAnchor]);
+}
+
+LayoutXAxisAnchor View::centerXAnchor() const {
+    return handle<LayoutXAxisAnchor>([object<NSView>(*this) centerXAnchor]);
+}
+
+LayoutYAxisAnchor View::topAnchor() const {
+    return handle<LayoutYAxisAnchor>([object<NSView>(*this) topAnchor]);
+}
+
+LayoutYAxisAnchor View::bottomAnchor() const {
+    return handle<LayoutYAxisAnchor>([object<NSView>(*this) bottomAnchor]);
 }
 
 LayoutDimension View::widthAnchor() const {
@@ -24,6 +52,11 @@ LayoutDimension View::heightAnchor() const {
 
 Size View::fittingSize() const {
     return toSize([object<NSView>(*this) fittingSize]);
+}
+
+// By the property's name: the protocol that declares its setter is one of hundreds of members.
+void View::setAccessibilityTitleUIElement(const View& title) {
+    [object<NSView>(*this) setValue:object<NSView>(title) forKey:@"accessibilityTitleUIElement"];
 }
 
 } // namespace NS
