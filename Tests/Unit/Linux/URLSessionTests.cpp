@@ -97,7 +97,7 @@ protected:
 
 TEST_F(URLSession, ABodyArrivesByteByByte) {
     std::string bytes;
-    for (int i = 0; i < 3'000'000; ++i) {
+    for (unsigned i = 0; i < 3'000'000; ++i) {
         bytes += static_cast<char>(i * i >> 5);
     }
     server_.answer("/x", {200, bytes, {}});

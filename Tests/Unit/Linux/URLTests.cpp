@@ -128,6 +128,7 @@ TEST(URL, AComponentNeverBecomesHostOrScheme) {
         for (const char* component : {"//evil.example/x", "/evil.example/x", "///evil.example", "evil:x", "//evil:x"}) {
             const auto result = url(base).URLByAppendingPathComponent(component);
             const auto reread = url(result.absoluteString());
+            ASSERT_TRUE(reread) << result.absoluteString();
             EXPECT_EQ(hostOf(reread), "") << result.absoluteString();
             EXPECT_EQ(reread.scheme(), url(base).scheme()) << result.absoluteString();
         }
