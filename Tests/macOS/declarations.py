@@ -26,7 +26,7 @@ NUMBERS = {"double", "int", "long", "long long", "unsigned int", "unsigned long"
            "NSStringEncoding", "Boolean", "CFIndex", "CFTypeID", "IOReturn", "IOPMAssertionID", "IOPMAssertionLevel"}
 STRINGS = {"NSFileAttributeKey", "NSNotificationName", "NSRunLoopMode", "NSString *", "SEL"}
 STRUCTURES = {"NSRect": "CGRect", "NSPoint": "CGPoint", "NSSize": "CGSize", "NSEdgeInsets": "NSEdgeInsets",
-              "CFRange": "CFRange"}
+              "CFRange": "CFRange", "NSRange": "_NSRange"}
 
 
 class Package:

@@ -109,6 +109,9 @@ void Application::run() {
     if (const auto delegate = self.delegate.lock()) {
         delegate->applicationWillTerminate({"NSApplicationWillTerminateNotification"});
     }
+    for (auto& window : windows()) { // now, that Qt has all it needs for it
+        window.orderOut();
+    }
     cancelTransfers();
     const bool workersEnded = waitForWorkers(workersPatience);
     UserDefaults::standardUserDefaults().synchronize();

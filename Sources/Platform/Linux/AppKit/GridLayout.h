@@ -3,14 +3,13 @@
 #include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <QLayout>
-#include <memory>
 #include <vector>
 
 namespace NS {
 
 /// Where a view stands in a grid.
 struct GridPlace {
-    std::shared_ptr<ViewNative> view;
+    const ViewNative* view = nullptr; // of the grid, which lives as long as its plan
     int column = 0;
     int span = 1;
     bool isTrailing = false;

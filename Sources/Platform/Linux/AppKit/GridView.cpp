@@ -34,6 +34,11 @@ struct ColumnNative : Native {
 
 struct GridViewNative : ViewNative {
     GridViewNative() : ViewNative(new QWidget), layout(new GridLayout(widget)) {}
+    ~GridViewNative() override {
+        if (widget) { // it goes later, and its layout with it
+            layout->setPlan({});
+        }
+    }
 
     GridLayout* const layout;
     std::vector<std::shared_ptr<RowNative>> rows;
@@ -72,7 +77,7 @@ private:
         for (std::size_t column = 0; column < row.cells.size(); ++column) {
             const auto& cell = *row.cells[column];
             if (cell.view && cell.column == static_cast<long>(column)) { // and not merged into one before
-                places.push_back({Bridge::shared<ViewNative>(cell.view), static_cast<int>(column),
+                places.push_back({&Bridge::native<ViewNative>(cell.view), static_cast<int>(column),
                                   static_cast<int>(cell.span), isTrailing(cell)});
             }
         }

@@ -2,6 +2,8 @@
 
 #include "Platform/Linux/AppKit/WindowNative.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QCloseEvent>
 #include <QRadioButton>
 #include <QScreen>
@@ -43,6 +45,12 @@ protected:
 private:
     const bool closable_;
 };
+
+// Qt takes only its own dialogs for windows that a screen reader announces.
+QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
+    auto* window = dynamic_cast<WindowWidget*>(object);
+    return window ? new QAccessibleWidget(window, QAccessible::Dialog) : nullptr;
+}
 
 WindowNative& native(const Window& window) {
     return Bridge::native<WindowNative>(window);
@@ -86,6 +94,7 @@ void WindowNative::setContentSize(const Size& size) const {
 }
 
 Window::Window(const Rect& contentRect, WindowStyleMask style, BackingStore, bool) {
+    QAccessible::installFactory(makeAccessible); // once, however often
     auto native = std::make_shared<WindowNative>(contentRect, style);
     WindowNative::all().push_back(native);
     *this = Bridge::handle<Window>(std::move(native));

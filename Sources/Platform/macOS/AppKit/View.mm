@@ -4,6 +4,11 @@
 
 #import <AppKit/AppKit.h>
 
+// Every view has it, from a protocol of some hundred members.
+@protocol PlatformAccessibility
+- (void)setAccessibilityTitleUIElement:(nullable id)element;
+@end
+
 namespace NS {
 
 View View::initWithFrame(const Rect& frame) {
@@ -54,9 +59,9 @@ Size View::fittingSize() const {
     return toSize([object<NSView>(*this) fittingSize]);
 }
 
-// By the property's name: the protocol that declares its setter is one of hundreds of members.
 void View::setAccessibilityTitleUIElement(const View& title) {
-    [object<NSView>(*this) setValue:object<NSView>(title) forKey:@"accessibilityTitleUIElement"];
+    [static_cast<id<PlatformAccessibility>>(object<NSView>(*this))
+        setAccessibilityTitleUIElement:object<NSView>(title)];
 }
 
 } // namespace NS

@@ -35,6 +35,10 @@ typedef struct NSEdgeInsets {
     CGFloat bottom;
     CGFloat right;
 } NSEdgeInsets;
+typedef struct _NSRange {
+    NSUInteger location;
+    NSUInteger length;
+} NSRange;
 
 typedef NS_ENUM(NSUInteger, NSURLRequestCachePolicy) {
     NSURLRequestUseProtocolCachePolicy = 0,
