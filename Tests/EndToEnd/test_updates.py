@@ -42,6 +42,8 @@ class Updates(UpdateTest):
         machine = self.install(bundle="My Café 100%41 #1?.app", over=[HELPER])
         machine.hook("sh", 'cp -p "$1" "$MACHINE/script"')
         self.check()
+        self.assertGreater(self.seconds_until_check, FIRST_CHECK)
+        self.assertLess(self.seconds_until_check, FIRST_CHECK + 6)
         self.assertEqual(machine.process.wait(10), 0)
         [new_process] = wait_for(machine.opened, 30, "the new version to start")
         program = pathlib.Path(f"/proc/{new_process}/exe")
@@ -219,7 +221,7 @@ class Updates(UpdateTest):
     def expect_idle_time_out(self, silence):
         self.expect_nothing_of(silence)
         wait_for(lambda: silence.ended)
-        self.assertGreater(silence.ended - silence.began, 14.5)
+        self.assertGreater(silence.ended - silence.began, 13)  # seconds, as this side sees them
         self.assertLess(silence.ended - silence.began, 20)
 
     def test_the_server_is_silent(self):
@@ -285,8 +287,9 @@ class Updates(UpdateTest):
         server.answers[MANIFEST] = answer(200, manifest("1.1.0", self.image))
         self.install(base=server.base)
         self.machine.start()
-        time.sleep(FIRST_CHECK + 3)
-        self.assertEqual(server.requests, [])
+        wait_for(lambda: server.connections, FIRST_CHECK + 10, "the program to call")
+        time.sleep(2)
+        self.assertEqual((server.connections, server.requests), (1, []))
         self.expect_kept([])
 
     # The download
@@ -325,6 +328,7 @@ class Updates(UpdateTest):
         [library] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
         machine.start(LD_PRELOAD=library, FAKETIME_TIMESTAMP_FILE=str(clock), FAKETIME_NO_CACHE="1")
         wait_for(lambda: silence.began, FIRST_CHECK + 20, "the request for the image")
+        time.sleep(1)  # for the last byte to arrive before the clock is put forward
         self.put_forward(clock, 290)
         time.sleep(2)
         self.assertIsNone(silence.ended)
@@ -516,4 +520,5 @@ for status in OTHER_STATUSES:
 
 
 if __name__ == "__main__":
+    os.nice(5)  # so many at once, beside tests that may be in a hurry
     run_in_parallel(64)

@@ -97,10 +97,15 @@ class Server(contextlib.AbstractContextManager):
         """`certificate`: a file with it and its key, to speak TLS."""
         self.answers = {}
         self.requests = []  # paths, in the order of their arrival
+        self.connections = 0
         self.on_request = lambda path: None
         server = self
 
         class Handler(http.server.BaseHTTPRequestHandler):
+            def setup(self):
+                server.connections += 1
+                super().setup()
+
             def do_GET(self):
                 server.on_request(self.path)
                 server.requests.append(self.path)
@@ -380,6 +385,7 @@ class UpdateTest(unittest.TestCase):
 
     def note_request(self, _):
         if self.threads_checking is None:
+            self.seconds_until_check = time.monotonic() - self.machine.started
             self.threads_checking = self.machine.threads()
 
     def install(self, base=None, **options):
