@@ -255,9 +255,8 @@ class Opening(Settings):
         self.stored |= {"scheduleEnabled": True, "autoUpdate": False, "scheduleOnMinutes": 61,
                         "scheduleOffMinutes": 122, "appLanguage": "pt-BR"}
         self.desktop.store(self.stored)
-        before = self.window
         self.open()
-        self.assertEqual(self.window, before)
+        self.assertEqual(self.desktop.settings_windows(), [self.window])
         self.assertEqual([self.is_on(caption) for caption in (LOGIN, SCHEDULE, UPDATES)], [True, True, False])
         self.assertEqual((self.time_of(ON), self.time_of(OFF)), ("01:01", "02:02"))
         self.assertEqual(self.controls()[LANGUAGE]["name"], "Português (Brasil)")
