@@ -28,8 +28,8 @@ class Package(unittest.TestCase):
     def setUpClass(cls):
         folder = pathlib.Path(cls.enterClassContext(tempfile.TemporaryDirectory()))
         cls.packages = []
-        for name in ("1", "2"):
-            run("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", folder / name,
+        for name, umask in (("1", 0o022), ("2", 0o022), ("3", 0o077)):
+            run("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", folder / name, umask=umask,
                 env={**os.environ, "SOURCE_DATE_EPOCH": "1700000000"})
             cls.packages += (folder / name).glob("*.deb")
         cls.package = cls.packages[0]
@@ -91,7 +91,11 @@ class Package(unittest.TestCase):
             self.assertEqual(sorted(os.listdir(folder)), ["control", "md5sums"])
 
     def test_the_same_tree_gives_the_same_bytes(self):
-        self.assertEqual(*(package.read_bytes() for package in self.packages))
+        first, second, private = self.packages
+        self.assertEqual(first.read_bytes(), second.read_bytes())
+        for part in ("--ctrl-tarfile", "--fsys-tarfile"):
+            self.assertEqual(*(subprocess.run(["dpkg-deb", part, package], check=True, capture_output=True).stdout
+                               for package in (first, private)), "the umask of the build shows")
 
 
 if __name__ == "__main__":
