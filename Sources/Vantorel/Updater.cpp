@@ -38,6 +38,7 @@ constexpr auto helperPatience = std::chrono::seconds(3);
 constexpr auto helperPollInterval = std::chrono::milliseconds(50);
 constexpr unsigned scriptPermissions = 0755;
 constexpr long statusOK = 200;
+constexpr std::size_t largestManifest = std::size_t{1} << 20; // bytes: read, a manifest takes ten times its size
 
 constexpr char baseVariable[] = "KORVEX_UPDATE_BASE";
 constexpr char manifestPath[] = "updates/vantorel.json";
@@ -253,6 +254,9 @@ std::optional<Updater::Release> Updater::fetchLatest() {
 }
 
 std::optional<Updater::Release> Updater::parseManifest(const std::string& text) {
+    if (text.size() > largestManifest) {
+        return std::nullopt;
+    }
     const auto manifest = NS::JSONSerialization::JSONObjectWithData(text);
     const auto* document = manifest ? manifest->dictionary() : nullptr;
     const auto* latest = document ? dictionaryIn(*document, "latest") : nullptr;
