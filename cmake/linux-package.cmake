@@ -5,7 +5,7 @@ set(application ${PRODUCT_NAME}.app)
 string(TOLOWER ${PRODUCT_NAME} command)
 
 # The same bundle as on a Mac, whole: the program finds its name and version in it.
-install(TARGETS Vantorel DESTINATION lib/${command}/${application}/Contents/MacOS)
+install(TARGETS Vantorel Transfer DESTINATION lib/${command}/${application}/Contents/MacOS)
 install(FILES ${PROJECT_BINARY_DIR}/${application}/Contents/Info.plist DESTINATION lib/${command}/${application}/Contents)
 install(FILES ${packaging}/icons/Vantorel.icns
     DESTINATION lib/${command}/${application}/Contents/Resources RENAME ${PRODUCT_NAME}.icns)
@@ -40,7 +40,6 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION x11)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS libcurl4) # which the program loads itself, so that nothing tells of it
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE https://${PRODUCT_UPDATE_HOST})
 set(CPACK_PRE_BUILD_SCRIPTS ${packaging}/linux/finish-package.cmake)

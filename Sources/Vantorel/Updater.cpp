@@ -43,7 +43,9 @@ constexpr std::size_t largestManifest = std::size_t{1} << 20; // bytes: read, a 
 constexpr char baseVariable[] = "KORVEX_UPDATE_BASE";
 constexpr char manifestPath[] = "updates/vantorel.json";
 
-const std::string bundleName = std::string(Product::name) + ".app";
+std::string bundleName() {
+    return std::string(Product::name) + ".app";
+}
 
 // Replaces the bundle after the application has quit: it cannot overwrite itself while it runs.
 constexpr std::string_view helperScript = R"sh(#!/bin/sh
@@ -293,7 +295,8 @@ bool Updater::install(const Release& release) {
         !fileManager.isWritableFileAtPath(target.URLByDeletingLastPathComponent().path())) {
         return false;
     }
-    if (release.version.find('/') != std::string::npos) { // it becomes part of file names, and must not lead elsewhere
+    using namespace std::string_view_literals;
+    if (release.version.find_first_of("/\0"sv) != std::string::npos) { // file names are made of it, not paths
         return false;
     }
     const auto dmg = download(release);
@@ -337,7 +340,7 @@ NS::URL Updater::mountAndStage(const NS::URL& dmg, const Release& expecting) {
     if (!run("/usr/bin/hdiutil", {"attach", dmg.path(), "-nobrowse", "-readonly", "-mountpoint", mountPoint.path()})) {
         return {};
     }
-    auto staged = stage(mountPoint.URLByAppendingPathComponent(bundleName), expecting);
+    auto staged = stage(mountPoint.URLByAppendingPathComponent(bundleName()), expecting);
     run("/usr/bin/hdiutil", {"detach", mountPoint.path(), "-force"});
     return staged;
 }
@@ -353,7 +356,7 @@ NS::URL Updater::stage(const NS::URL& mounted, const Release& expecting) {
     const auto folder = temporaryURL(std::string(Product::name) + "-staged-" + expecting.version);
     fileManager.removeItemAtURL(folder); // of an earlier attempt
     fileManager.createDirectoryAtURL(folder, /*withIntermediateDirectories=*/true);
-    auto staged = folder.URLByAppendingPathComponent(bundleName);
+    auto staged = folder.URLByAppendingPathComponent(bundleName());
     return run("/usr/bin/ditto", {mounted.path(), staged.path()}) ? staged : NS::URL();
 }
 

@@ -27,7 +27,7 @@ public:
 
     /// Asked on a worker thread before a newer release is installed: true puts it off until the next check. Set before
     /// `start` and not afterwards.
-    static inline std::function<bool()> shouldPostpone;
+    static inline std::function<bool()>& shouldPostpone = *new std::function<bool()>; // workers may outlast the statics
 
     /// Checks a little later, and then daily. Main thread only.
     static void start();

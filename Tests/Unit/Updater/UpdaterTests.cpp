@@ -591,10 +591,12 @@ TEST_F(UpdaterTest, InAFolderThatIsNotWritableNothingIsDownloaded) {
     EXPECT_EQ(paths(), manifestOnly);
 }
 
-TEST_F(UpdaterTest, AVersionThatIsAPathLeadsNowhere) {
-    offer("9.1/../../../elsewhere");
-    EXPECT_EQ(logOfCheck(false), Names());
-    EXPECT_EQ(paths(), manifestOnly);
+TEST_F(UpdaterTest, AVersionThatIsAPathOrEndsEarlyLeadsNowhere) {
+    for (const char* version : {"9.1/../../../elsewhere", "9.1.x\\u0000"}) {
+        offer(version);
+        EXPECT_EQ(logOfCheck(false), Names());
+    }
+    EXPECT_EQ(paths(), Names(2, manifestPath));
 }
 
 } // namespace

@@ -18,7 +18,9 @@ fs::path makeBundle(const fs::path& home) {
     const auto contents = home / "My Applications/Vantorel.app/Contents";
     fs::create_directories(contents / "MacOS");
     const auto executable = contents / "MacOS/Vantorel";
-    fs::copy_file("/proc/self/exe", executable);
+    const auto self = fs::read_symlink("/proc/self/exe");
+    fs::copy_file(self, executable);
+    fs::copy_file(self.parent_path() / "Transfer", executable.parent_path() / "Transfer");
     return executable;
 }
 

@@ -1,17 +1,14 @@
 #include "Platform/Foundation/Task.h"
 
 #include "Platform/Linux/Foundation/Files.h"
+#include "Platform/Linux/Foundation/Spawn.h"
 #include "Platform/Linux/Native.h"
 
 #include <cerrno>
-#include <csignal>
-#include <cstdlib>
 #include <fcntl.h>
 #include <memory>
 #include <mutex>
-#include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace NS {
 
@@ -46,38 +43,6 @@ Orphans& orphans() {
     return all;
 }
 
-/// How a child starts: with the files given to it, and with no signal blocked or ignored.
-class SpawnSettings {
-public:
-    SpawnSettings() {
-        posix_spawn_file_actions_init(&files);
-        posix_spawnattr_init(&attributes);
-        sigset_t none;
-        sigset_t all;
-        sigemptyset(&none);
-        sigfillset(&all);
-        posix_spawnattr_setsigmask(&attributes, &none);
-        posix_spawnattr_setsigdefault(&attributes, &all);
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    }
-    ~SpawnSettings() {
-        posix_spawn_file_actions_destroy(&files);
-        posix_spawnattr_destroy(&attributes);
-    }
-    SpawnSettings(const SpawnSettings&) = delete;
-    SpawnSettings& operator=(const SpawnSettings&) = delete;
-
-    void redirect(int stream, const FileHandle& handle) {
-        if (handle) {
-            const int target = Bridge::native<FileHandleNative>(handle).descriptor.number();
-            posix_spawn_file_actions_adddup2(&files, target, stream);
-        }
-    }
-
-    posix_spawn_file_actions_t files;
-    posix_spawnattr_t attributes;
-};
-
 struct TaskNative : Native {
     ~TaskNative() override {
         if (child > 0) {
@@ -97,13 +62,8 @@ TaskNative& native(const Task& task) {
     return Bridge::native<TaskNative>(task);
 }
 
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    for (auto& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
+int descriptorOf(const FileHandle& handle) {
+    return handle ? Bridge::native<FileHandleNative>(handle).descriptor.number() : -1;
 }
 
 } // namespace
@@ -135,14 +95,10 @@ void Task::setStandardError(const FileHandle& handle) {
 bool Task::launchAndReturnError() {
     auto& self = native(*this);
     orphans().collect();
-    SpawnSettings settings;
-    settings.redirect(STDOUT_FILENO, self.output);
-    settings.redirect(STDERR_FILENO, self.error);
-    posix_spawn_file_actions_addclosefrom_np(&settings.files, STDERR_FILENO + 1);
-    std::vector<std::string> words = self.arguments;
-    words.insert(words.begin(), self.executable);
-    return posix_spawn(&self.child, self.executable.c_str(), &settings.files, &settings.attributes,
-                       pointersTo(words).data(), environ) == 0;
+    const auto child =
+        spawn(self.executable, self.arguments, {-1, descriptorOf(self.output), descriptorOf(self.error)});
+    self.child = child.value_or(0);
+    return child.has_value();
 }
 
 void Task::waitUntilExit() {

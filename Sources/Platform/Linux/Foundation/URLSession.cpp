@@ -1,159 +1,126 @@
 #include "Platform/Foundation/URLSession.h"
 
 #include "Platform/Foundation/FileManager.h"
-#include "Platform/Linux/Foundation/Curl.h"
+#include "Platform/Linux/Foundation/BundleNative.h"
+#include "Platform/Linux/Foundation/Files.h"
+#include "Platform/Linux/Foundation/Spawn.h"
 #include "Platform/Linux/Foundation/URLNative.h"
 #include "Platform/Linux/Foundation/URLSessionNative.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
+#include <charconv>
+#include <csignal>
 #include <cstdlib>
-#include <exception>
 #include <fcntl.h>
 #include <functional>
+#include <iterator>
 #include <memory>
+#include <new>
+#include <poll.h>
 #include <string_view>
-#include <strings.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace NS {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using namespace std::chrono_literals;
-
-constexpr long mostRedirects = 20;
-constexpr auto cancellationLatency = 200ms;
+constexpr int cancellationLatency = 200; // milliseconds
 
 std::atomic<bool> cancelled = false;
 
 /// Takes the next piece of a body, and says whether it could.
 using Sink = std::function<bool(std::string_view)>;
 
-/// One request and its answer.
+/// The program that makes the transfer.
+std::string transferProgram() {
+    return Bridge::native<BundleNative>(Bundle::mainBundle()).executable.parent_path() / "Transfer";
+}
+
+/// What the program reads as its request, or writes its status to. In memory.
+Descriptor makeNote(std::string_view text) {
+    Descriptor note(memfd_create("note", MFD_CLOEXEC));
+    const bool isWritten = write(note.number(), text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
+                           lseek(note.number(), 0, SEEK_SET) == 0;
+    return isWritten ? std::move(note) : Descriptor();
+}
+
+std::string textOf(const URLRequest& request) {
+    char seconds[32] = {};
+    std::to_chars(std::begin(seconds), std::end(seconds), request.timeoutInterval);
+    return request.URL.absoluteString() + "\n" + seconds;
+}
+
+/// One transfer under way.
 class Transfer {
 public:
-    Transfer(const Curl& curl, const URLRequest& request, Sink sink)
-        : curl_(curl), sink_(std::move(sink)), patience_(request.timeoutInterval),
-          easy_(curl.easyInit(), curl.easyCleanup), multi_(curl.multiInit(), curl.multiCleanup) {
-        configure(request);
+    explicit Transfer(const URLRequest& request) : request_(makeNote(textOf(request))), status_(makeNote("")) {}
+    ~Transfer() {
+        if (child_) {
+            kill(*child_, SIGKILL);
+            waitForEnd();
+        }
     }
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
 
     /// The head of the answer when its body has come whole.
-    std::optional<HTTPURLResponse> run() {
-        if (!isConfigured_ || curl_.multiAddHandle(multi_.get(), easy_.get()) != CURLM_OK) {
+    std::optional<HTTPURLResponse> run(const Sink& sink) {
+        if (!request_ || !status_ || !start() || !receive(sink) || !waitForEnd()) {
             return std::nullopt;
         }
-        const bool succeeded = perform();
-        if (cancelled) {
-            set(CURLOPT_QUICK_EXIT, 1L); // the name servers' answer may be long in coming
-        }
-        HTTPURLResponse response;
-        curl_.easyGetinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &response.statusCode);
-        curl_.multiRemoveHandle(multi_.get(), easy_.get());
-        return succeeded ? std::optional(response) : std::nullopt;
+        char text[16] = {};
+        const bool isRead = pread(status_.number(), text, sizeof text - 1, 0) > 0;
+        return isRead ? std::optional(HTTPURLResponse{.statusCode = std::atol(text)}) : std::nullopt;
     }
 
 private:
-    using Easy = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
-    using Multi = std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)>;
-
-    void configure(const URLRequest& request) {
-        isConfigured_ = easy_ && multi_;
-        set(CURLOPT_URL, request.URL.absoluteString().c_str());
-        set(CURLOPT_PATH_AS_IS, 1L);
-        set(CURLOPT_PROTOCOLS_STR, "http,https");
-        set(CURLOPT_FOLLOWLOCATION, 1L);
-        set(CURLOPT_MAXREDIRS, mostRedirects);
-        set(CURLOPT_PREREQFUNCTION, &Transfer::willRequest);
-        set(CURLOPT_PREREQDATA, this);
-        set(CURLOPT_HEADERFUNCTION, &Transfer::didReceiveLine);
-        set(CURLOPT_HEADERDATA, this);
-        set(CURLOPT_WRITEFUNCTION, &Transfer::didReceive);
-        set(CURLOPT_WRITEDATA, this);
-        set(CURLOPT_NOSIGNAL, 1L);
-        set(CURLOPT_CONNECTTIMEOUT_MS,
-            static_cast<long>(patience_ / 1ms)); // halved, if there are more addresses to try
-        // libcurl leaves it to its users to heed these.
-        setFromEnvironment(CURLOPT_CAINFO, "SSL_CERT_FILE");
-        setFromEnvironment(CURLOPT_CAPATH, "SSL_CERT_DIR");
-    }
-
-    template <class Value>
-    void set(CURLoption option, Value value) {
-        isConfigured_ = isConfigured_ && curl_.easySetopt(easy_.get(), option, value) == CURLE_OK;
-    }
-
-    void setFromEnvironment(CURLoption option, const char* variable) {
-        if (const char* value = std::getenv(variable); value && *value) {
-            set(option, value);
+    bool start() {
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0) {
+            return false;
         }
+        body_.emplace(ends[0]);
+        const Descriptor childsEnd(ends[1]);
+        child_ = spawn(transferProgram(), {}, {request_.number(), childsEnd.number(), -1, status_.number()});
+        return child_.has_value();
     }
 
-    /// Whether all went well, however long it took. What ends it is silence.
-    bool perform() {
-        auto deadline = Clock::now() + patience_;
-        int running = 1;
-        while (curl_.multiPerform(multi_.get(), &running) == CURLM_OK && running > 0 && !cancelled) {
-            int active = 0;
-            const auto left =
-                std::clamp<std::chrono::duration<double>>(deadline - Clock::now(), 0ms, cancellationLatency);
-            curl_.multiPoll(multi_.get(), nullptr, 0,
-                            static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(left).count()), &active);
-            const auto now = Clock::now();
-            if (active > 0) {
-                deadline = now + patience_;
-            } else if (now >= deadline) {
+    bool receive(const Sink& sink) const {
+        std::vector<char> piece(std::size_t{64} << 10);
+        while (!cancelled) {
+            pollfd readable = {.fd = body_->number(), .events = POLLIN, .revents = 0};
+            if (poll(&readable, 1, cancellationLatency) <= 0) {
+                continue;
+            }
+            const ssize_t count = read(readable.fd, piece.data(), piece.size());
+            if (count == 0) {
+                return true;
+            }
+            if (count < 0 || !sink({piece.data(), static_cast<std::size_t>(count)})) {
                 return false;
             }
         }
-        int others = 0;
-        const auto* message = curl_.multiInfoRead(multi_.get(), &others);
-        return message && message->msg == CURLMSG_DONE && message->data.result == CURLE_OK && isHeadWhole_;
+        return false;
     }
 
-    /// Before each request: once one was encrypted, so are all that it is redirected to.
-    static int willRequest(void* transfer, char*, char*, int, int) {
-        auto& self = *static_cast<Transfer*>(transfer);
-        const char* scheme = nullptr;
-        self.curl_.easyGetinfo(self.easy_.get(), CURLINFO_SCHEME, &scheme);
-        if (scheme && strcasecmp(scheme, "https") == 0) {
-            self.set(CURLOPT_REDIR_PROTOCOLS_STR, "https");
+    /// Whether the program says that all went well.
+    bool waitForEnd() {
+        int status = 0;
+        while (waitpid(*child_, &status, 0) < 0 && errno == EINTR) {
         }
-        return self.isConfigured_ ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+        child_.reset();
+        return WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
     }
 
-    /// libcurl takes an answer that ends within its head for one with an empty body.
-    static std::size_t didReceiveLine(const char* bytes, std::size_t, std::size_t count, void* transfer) {
-        auto& self = *static_cast<Transfer*>(transfer);
-        const std::string_view line(bytes, count);
-        const bool isFirst = line.starts_with("HTTP/");
-        const bool isLast = line == "\r\n" || line == "\n";
-        self.isHeadWhole_ = isLast || (self.isHeadWhole_ && !isFirst); // what follows the last is the body's trailer
-        return count;
-    }
-
-    static std::size_t didReceive(const char* bytes, std::size_t, std::size_t count, void* transfer) {
-        try {
-            return static_cast<Transfer*>(transfer)->sink_({bytes, count}) ? count : 0;
-        } catch (const std::exception&) { // no memory for it
-            return 0;
-        }
-    }
-
-    const Curl& curl_;
-    const Sink sink_;
-    const std::chrono::duration<double> patience_;
-    const Easy easy_;
-    const Multi multi_;
-    bool isConfigured_ = false;
-    bool isHeadWhole_ = false;
+    const Descriptor request_;
+    const Descriptor status_;
+    std::optional<Descriptor> body_;
+    std::optional<pid_t> child_;
 };
 
 /// A new file for the user alone, which goes away again unless it is kept.
@@ -199,13 +166,16 @@ private:
     int descriptor_;
 };
 
-std::optional<HTTPURLResponse> transfer(const URLRequest& request, Sink sink) {
+std::optional<HTTPURLResponse> transfer(const URLRequest& request, const Sink& sink) {
     // libcurl would take the first name of the path for the host.
     if (!request.URL || Bridge::native<URLNative>(request.URL).parts.host().empty() || cancelled) {
         return std::nullopt;
     }
-    const auto* library = curl();
-    return library ? Transfer(*library, request, std::move(sink)).run() : std::nullopt;
+    try {
+        return Transfer(request).run(sink);
+    } catch (const std::bad_alloc&) { // a body larger than the memory
+        return std::nullopt;
+    }
 }
 
 } // namespace
