@@ -106,7 +106,7 @@ QByteArray png(const QImage& image) {
 QByteArray argb(const QImage& image) {
     const auto straight = image.convertToFormat(QImage::Format_ARGB32);
     QByteArray data("ARGB");
-    for (const int shift : {24, 0, 8, 16}) { // alpha, red, green, blue
+    for (const int shift : {24, 16, 8, 0}) { // alpha, red, green, blue
         for (int y = 0; y < straight.height(); ++y) {
             data += char(straight.width() - 1); // at most 128 in a run
             for (int x = 0; x < straight.width(); ++x) {
