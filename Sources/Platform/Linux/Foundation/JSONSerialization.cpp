@@ -4,7 +4,6 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <utility>
-#include <variant>
 #include <vector>
 
 namespace NS {
@@ -31,13 +30,13 @@ public:
     bool string(std::string& text) override { return add(std::move(text)); }
     bool binary(JSON::binary_t&) override { return false; } // not of JSON
 
-    bool start_object(std::size_t) override { return open(Dictionary()); }
+    bool start_object(std::size_t) override { return open(/*isObject=*/true); }
     bool key(std::string& name) override {
         open_.back().key = std::move(name);
         return true;
     }
     bool end_object() override { return close(); }
-    bool start_array(std::size_t) override { return open(Array()); }
+    bool start_array(std::size_t) override { return open(/*isObject=*/false); }
     bool end_array() override { return close(); }
 
     bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override { return false; }
@@ -45,28 +44,30 @@ public:
 private:
     /// An object or array whose end has not come yet.
     struct Container {
-        std::variant<Array, Dictionary> content;
-        std::string key; // of the entry that comes next
+        bool isObject = false;
+        Array items;
+        Dictionary entries;
+        std::string key = {}; // of the entry that comes next
     };
 
-    bool open(std::variant<Array, Dictionary> content) {
-        open_.push_back({std::move(content), {}});
+    bool open(bool isObject) {
+        open_.push_back({.isObject = isObject, .items = {}, .entries = {}});
         return open_.size() <= deepestNesting;
     }
 
     bool close() {
         Container closed = std::move(open_.back());
         open_.pop_back();
-        return std::visit([this](auto& content) { return add(std::move(content)); }, closed.content);
+        return add(closed.isObject ? Value(std::move(closed.entries)) : Value(std::move(closed.items)));
     }
 
     bool add(Value value) {
         if (open_.empty()) {
             root_ = std::move(value);
-        } else if (auto* array = std::get_if<Array>(&open_.back().content)) {
-            array->push_back(std::move(value));
+        } else if (auto& container = open_.back(); container.isObject) {
+            container.entries.insert_or_assign(std::move(container.key), std::move(value));
         } else {
-            std::get<Dictionary>(open_.back().content).insert_or_assign(std::move(open_.back().key), std::move(value));
+            container.items.push_back(std::move(value));
         }
         return true;
     }
