@@ -102,15 +102,6 @@ TEST_F(DatePickerTest, ATypedTimeCountsWhenTheWindowIsClosed) {
     EXPECT_EQ(actions, 1);
 }
 
-TEST_F(DatePickerTest, TakesNoImpossibleTime) {
-    type("3");
-    press(Qt::Key_Return);
-    EXPECT_EQ(edit->text().left(2).toInt() < 24, true);
-    type("99");
-    press(Qt::Key_Return);
-    EXPECT_LT(edit->text().left(2).toInt(), 24);
-}
-
 TEST_F(DatePickerTest, ADisabledOneTakesNoKey) {
     picker.setEnabled(false);
     press(Qt::Key_Up);
