@@ -196,8 +196,7 @@ extern NSNotificationName const NSWorkspaceDidWakeNotification;
 - (NSLayoutConstraint*)constraintEqualToAnchor:(NSLayoutAnchor<AnchorType>*)anchor constant:(CGFloat)constant;
 - (NSLayoutConstraint*)constraintGreaterThanOrEqualToAnchor:(NSLayoutAnchor<AnchorType>*)anchor
                                                    constant:(CGFloat)constant;
-- (NSLayoutConstraint*)constraintLessThanOrEqualToAnchor:(NSLayoutAnchor<AnchorType>*)anchor
-                                                constant:(CGFloat)constant;
+- (NSLayoutConstraint*)constraintLessThanOrEqualToAnchor:(NSLayoutAnchor<AnchorType>*)anchor constant:(CGFloat)constant;
 @end
 
 @interface NSLayoutXAxisAnchor : NSLayoutAnchor
