@@ -76,6 +76,7 @@ class Package(unittest.TestCase):
         for size in SIZES:
             icon = share / f"icons/hicolor/{size}x{size}/apps/{IDENTIFIER}.png"
             self.assertEqual(run("identify", "-format", "%wx%h", icon), f"{size}x{size}")
+        self.assertTrue(os.access((self.root / PROGRAM).with_name("Transfer"), os.X_OK))
         for name in ("doc/vantorel/copyright", "doc/vantorel/changelog.gz", "man/man1/vantorel.1.gz"):
             self.assertTrue((share / name).is_file(), name)
         version = plistlib.loads((self.root / PROGRAM).parent.with_name("Info.plist").read_bytes())
