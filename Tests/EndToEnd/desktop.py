@@ -148,8 +148,21 @@ class Desktop(contextlib.AbstractContextManager):
 
     def _start_window_manager(self):
         self.spawn(["openbox", "--sm-disable"])
-        root, check = self.display.screen().root, self.display.get_atom("_NET_SUPPORTING_WM_CHECK")
-        wait_for(lambda: root.get_full_property(check, 0), what="the window manager")
+        wait_for(self._manages_windows, what="the window manager")
+
+    def _manages_windows(self):
+        """Whether a window that is mapped now is taken care of. While it starts, the manager says that it is there, and
+        passes over what is mapped."""
+        window = self.display.screen().root.create_window(0, 0, 1, 1, 0, Xlib.X.CopyFromParent)
+        state = self.display.get_atom("WM_STATE")
+        window.map()
+        try:
+            return wait_for(lambda: window.get_full_property(state, 0), 0.5)
+        except AssertionError:
+            return None
+        finally:
+            window.destroy()
+            self.display.sync()
 
     def _close_display(self):
         with contextlib.suppress(Xlib.error.ConnectionClosedError):
