@@ -8,6 +8,7 @@
 
 #include <QTimeZone>
 #include <algorithm>
+#include <list>
 
 namespace Seam {
 
@@ -107,10 +108,12 @@ std::unique_ptr<Alarm> makeAlarm(const Date& date, std::function<void()> callbac
 }
 
 void callAfter(double seconds, std::function<void()> callback) {
-    auto alarm = std::make_shared<std::unique_ptr<Alarm>>();
-    *alarm = makeAlarm(Seam::now.dateByAddingTimeInterval(seconds), [alarm, callback = std::move(callback)] {
-        callback();
-        *alarm = nullptr;
+    static auto& pending = *new std::list<std::unique_ptr<Alarm>>; // which the alarms' own list may not outlive
+    const auto place = pending.emplace(pending.end());
+    *place = makeAlarm(Seam::now.dateByAddingTimeInterval(seconds), [place, callback = std::move(callback)] {
+        const auto last = callback; // this alarm ends here
+        pending.erase(place);
+        last();
     });
 }
 
