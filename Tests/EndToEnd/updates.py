@@ -421,7 +421,7 @@ class UpdateTest(unittest.TestCase):
 
     def expect_swapped(self, started=("1.1.0",)):
         """The program has quit, and the small 1.1.0 was started in its place."""
-        self.assertEqual(self.machine.process.wait(10), 0)
+        self.assertEqual(self.machine.process.wait(10), 0, (self.machine.folder / "log").read_text())
         wait_for(lambda: (self.machine.folder / "started").exists(), 30, "the new version to start")
         wait_for(lambda: not self.machine.left(), 10, "the script to clean up")
         self.assertEqual(self.machine.version_installed(), "1.1.0")

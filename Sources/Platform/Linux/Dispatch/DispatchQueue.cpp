@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QMetaObject>
 #include <condition_variable>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <system_error>
@@ -30,34 +31,49 @@ struct MainQueue : DispatchQueueNative {
 /// A thread for each block: there are few, and none is left behind.
 struct GlobalQueue : DispatchQueueNative {
     void async(std::function<void()> block) override {
-        count(1);
+        const std::lock_guard guard(mutex);
+        joinEnded();
+        const auto place = running.emplace(running.end());
         try {
-            std::thread([this, block = std::move(block)]() mutable {
+            *place = std::thread([this, place, block = std::move(block)]() mutable {
                 block();
                 block = nullptr; // what it keeps alive ends here, before anyone hears that the work is done
-                count(-1);
-            }).detach();
+                end(place);
+            });
         } catch (const std::system_error& error) {
-            count(-1);
+            running.erase(place);
             Log(std::string("no thread for background work: ") + error.what());
         }
     }
 
     bool waitUntilIdle(std::chrono::milliseconds patience) {
         std::unique_lock lock(mutex);
-        return changed.wait_for(lock, patience, [this] { return running == 0; });
+        const bool isIdle = changed.wait_for(lock, patience, [this] { return running.empty(); });
+        joinEnded();
+        return isIdle;
     }
 
 private:
-    void count(int change) {
+    using Threads = std::list<std::thread>;
+
+    void end(Threads::iterator place) {
         const std::lock_guard guard(mutex);
-        running += change;
+        ended.splice(ended.end(), running, place);
         changed.notify_all();
+    }
+
+    // A thread whose work is done still has to put away what libraries keep for each thread.
+    void joinEnded() {
+        for (auto& thread : ended) {
+            thread.join();
+        }
+        ended.clear();
     }
 
     std::mutex mutex;
     std::condition_variable changed;
-    int running = 0;
+    Threads running;
+    Threads ended;
 };
 
 // Neither queue is ever destroyed: workers may outlast the statics.
