@@ -2,6 +2,7 @@
 
 #include "LoginItem.h"
 #include "Prefs.h"
+#include "Updater.h"
 
 #include <utility>
 
@@ -28,6 +29,7 @@ void AppDelegate::welcome() {
 void AppDelegate::start() {
     auto scheduleEngine = ScheduleEngine::create(sleepGuard_);
     auto statusController = StatusItemController::create(sleepGuard_);
+    auto settingsController = SettingsWindowController::create(scheduleEngine);
     statusController->onManualToggle = [weak = std::weak_ptr(scheduleEngine)] {
         const auto engine = weak.lock();
         if (engine && Prefs::d().boolForKey(Prefs::scheduleEnabled)) {
@@ -35,9 +37,20 @@ void AppDelegate::start() {
             engine->overrideSetAt = NS::Date::date();
         }
     };
+    statusController->onOpenSettings = [weak = std::weak_ptr(settingsController)] {
+        if (const auto settings = weak.lock()) {
+            settings->show();
+        }
+    };
     scheduleEngine_ = std::move(scheduleEngine);
     statusController_ = std::move(statusController);
+    settingsController_ = std::move(settingsController);
     scheduleEngine_->reconcile();
+    Updater::shouldPostpone = [weak = weak_from_this()] { // on a thread of the updater's
+        const auto self = weak.lock();
+        return self && self->sleepGuard_->isActive();
+    };
+    Updater::start();
 }
 
 void AppDelegate::applicationWillTerminate(const NS::Notification&) {

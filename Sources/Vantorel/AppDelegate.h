@@ -2,6 +2,7 @@
 
 #include "Platform/AppKit/Application.h"
 #include "ScheduleEngine.h"
+#include "SettingsWindowController.h"
 #include "SleepGuard.h"
 #include "StatusItemController.h"
 #include "WelcomeWindowController.h"
@@ -22,5 +23,6 @@ private:
     std::shared_ptr<SleepGuard> sleepGuard_ = std::make_shared<SleepGuard>();
     std::shared_ptr<StatusItemController> statusController_;
     std::shared_ptr<ScheduleEngine> scheduleEngine_;
+    std::shared_ptr<SettingsWindowController> settingsController_;
     std::shared_ptr<WelcomeWindowController> welcomeController_; // only while its window is pending
 };

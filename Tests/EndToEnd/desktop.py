@@ -1,6 +1,7 @@
 """A desktop of its own for each test: X server, buses, services, tray, and the program as it ships."""
 
 import contextlib
+import json
 import os
 import pathlib
 import plistlib
@@ -11,6 +12,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import unittest
 
 import dbus
 import Xlib.display
@@ -20,6 +22,8 @@ HERE = pathlib.Path(__file__).resolve().parent
 APP = pathlib.Path(os.environ.get("VANTOREL_APP", HERE.parent.parent / "build/linux/Vantorel.app")).resolve()
 IDENTIFIER = "com.korvex.vantorel"
 REASON = "Vantorel is keeping your Mac awake"
+
+PORTAL = ("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings")
 
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -64,6 +68,7 @@ class Desktop(contextlib.AbstractContextManager):
         self.app_process = None
         self.environment = {
             "PATH": os.environ["PATH"],
+            "KORVEX_UPDATE_BASE": "http://127.0.0.1:1",  # nobody answers: tests talk to nobody else's server
             "HOME": str(self.folder),
             "XDG_CONFIG_HOME": str(self.config),
             "XDG_RUNTIME_DIR": str(self.folder),
@@ -143,8 +148,21 @@ class Desktop(contextlib.AbstractContextManager):
 
     def _start_window_manager(self):
         self.spawn(["openbox", "--sm-disable"])
-        root, check = self.display.screen().root, self.display.get_atom("_NET_SUPPORTING_WM_CHECK")
-        wait_for(lambda: root.get_full_property(check, 0), what="the window manager")
+        wait_for(self._manages_windows, what="the window manager")
+
+    def _manages_windows(self):
+        """Whether a window that is mapped now is taken care of. While it starts, the manager says that it is there, and
+        passes over what is mapped."""
+        window = self.display.screen().root.create_window(0, 0, 1, 1, 0, Xlib.X.CopyFromParent)
+        state = self.display.get_atom("WM_STATE")
+        window.map()
+        try:
+            return wait_for(lambda: window.get_full_property(state, 0), 0.5)
+        except AssertionError:
+            return None
+        finally:
+            window.destroy()
+            self.display.sync()
 
     def _close_display(self):
         with contextlib.suppress(Xlib.error.ConnectionClosedError):
@@ -268,6 +286,37 @@ class Desktop(contextlib.AbstractContextManager):
     def _inhibitors(bus, name, path):
         return [str(text) for text in bus.get_object(name, path).List(dbus_interface="test.Inhibitors")]
 
+    # The settings portal
+
+    NO_PREFERENCE, PREFER_DARK, PREFER_LIGHT = range(3)
+
+    def start_portal(self, scheme):
+        """Has the session say which colours the user prefers."""
+        name, path, settings = PORTAL
+        self.spawn([sys.executable, "-m", "dbusmock", "--session", name, path, settings])
+        bus = self.bus("session")
+        wait_for(lambda: bus.name_has_owner(name), what=name)
+        self.portal = bus.get_object(name, path)
+        self.portal.AddMethod(settings, "Read", "ss", "v", f"ret = dbus.UInt32({scheme}, variant_level=1)",
+                              dbus_interface="org.freedesktop.DBus.Mock")
+
+    def prefer(self, scheme):
+        self.portal.EmitSignal(PORTAL[2], "SettingChanged", "ssv",
+                               ["org.freedesktop.appearance", "color-scheme", scheme],
+                               dbus_interface="org.freedesktop.DBus.Mock")
+
+    # Screen readers
+
+    def start_accessibility(self):
+        """Has the program tell screen readers of its windows, from its start on."""
+        self.spawn(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"])
+        bus = self.bus("session")
+        wait_for(lambda: bus.name_has_owner("org.a11y.Bus"), what="the accessibility bus")
+        self.environment["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
+
+    def accessibles(self):
+        return json.loads(self.run(sys.executable, "-B", str(HERE / "accessible.py"), str(self.app_process.pid)))
+
     # The program
 
     def start(self, app=APP, environment=None, command=(), **options):
@@ -316,3 +365,35 @@ class Desktop(contextlib.AbstractContextManager):
 
     def welcome_window(self):
         return wait_for(self.windows, what="the Welcome window")[0]
+
+    def title(self, window):
+        """A window's title; None for one that is gone."""
+        with contextlib.suppress(Xlib.error.XError):
+            resource = self.display.create_resource_object("window", window)
+            title = resource.get_full_property(self.display.get_atom("_NET_WM_NAME"), 0)
+            return title.value.decode() if title else ""
+        return None
+
+    def settings_windows(self):
+        titles = ("Vantorel Settings", "Ajustes do Vantorel")
+        return [window for window in self.windows() if self.title(window) in titles]
+
+    def open_settings(self):
+        """By the menu's line; the window, once it has the keyboard."""
+        self.click_cup(button=3)
+        wait_for(self.windows, what="the menu")
+        self.xdotool("key", "Down", "Down", "Return")
+        [window] = wait_for(self.settings_windows, what="the Settings window")
+        wait_for(lambda: self.display.get_input_focus().focus.id == window, what="the keyboard")
+        return window
+
+
+class ProgramTest(unittest.TestCase):
+    """Of a program that ends well, and without a word: on `desktop`, if it runs still."""
+
+    def tearDown(self):
+        status = self.desktop.app_process.poll()
+        status = self.desktop.end() if status is None else status
+        log = self.desktop.log()
+        self.assertEqual(status, 0, log)
+        self.assertEqual(log, "")

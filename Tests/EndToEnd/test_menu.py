@@ -8,7 +8,7 @@ import Xlib.X
 import Xlib.Xatom
 import Xlib.error
 
-from desktop import REASON, Desktop, wait_for
+from desktop import REASON, Desktop, ProgramTest, wait_for
 
 SCREENSAVER_ENTRY = f"Vantorel|{REASON}"
 
@@ -17,18 +17,11 @@ STATE_LINE = 0.12
 TOGGLE_LINE = 0.38
 
 
-class Tray(unittest.TestCase):
+class Tray(ProgramTest):
     def start(self, **options):
         self.desktop = self.enterContext(Desktop(system_bus=False, **options))
         self.desktop.start_as_returning_user()
         self.desktop.cup_geometry()
-
-    def tearDown(self):
-        status = self.desktop.app_process.poll()
-        status = self.desktop.end() if status is None else status
-        log = self.desktop.log()
-        self.assertEqual(status, 0, log)
-        self.assertEqual(log, "")
 
     def tips(self):
         return self.windows(are_tips=True)

@@ -1,10 +1,9 @@
 """The cup as a StatusNotifierItem, where the session has a panel that shows these."""
 
-import sys
 import time
 import unittest
 
-from desktop import REASON, Desktop, wait_for
+from desktop import REASON, Desktop, ProgramTest, wait_for
 from statusnotifier_host import StatusNotifierHost
 
 SCREENSAVER_ENTRY = f"Vantorel|{REASON}"
@@ -71,19 +70,12 @@ class StatusNotifier(unittest.TestCase):
         self.desktop.cup_geometry()
 
 
-class OnPanel(StatusNotifier):
+class OnPanel(StatusNotifier, ProgramTest):
     def setUp(self):
         self.open_desktop()
         self.open_host()
         self.desktop.start_as_returning_user()
         self.host.wait_for_items()
-
-    def tearDown(self):
-        status = self.desktop.app_process.poll()
-        status = self.desktop.end() if status is None else status
-        log = self.desktop.log()
-        self.assertEqual(status, 0, log)
-        self.assertEqual(log, "")
 
 
 class Item(OnPanel):
@@ -318,28 +310,13 @@ class ComingAndGoing(StatusNotifier):
 class ColourScheme(StatusNotifier):
     """As the settings portal tells it."""
 
-    PORTAL = "org.freedesktop.portal.Desktop"
-    PATH = "/org/freedesktop/portal/desktop"
-    SETTINGS = "org.freedesktop.portal.Settings"
-    NO_PREFERENCE, PREFER_DARK, PREFER_LIGHT = range(3)
-
     def setUp(self):
         self.open_desktop(tray=False, screensaver=False)
         self.open_host()
 
-    def start_portal(self, scheme):
-        self.desktop.spawn([sys.executable, "-m", "dbusmock", "--session", self.PORTAL, self.PATH, self.SETTINGS])
-        bus = self.desktop.bus("session")
-        wait_for(lambda: bus.name_has_owner(self.PORTAL))
-        self.portal = bus.get_object(self.PORTAL, self.PATH)
-        self.portal.AddMethod(self.SETTINGS, "Read", "ss", "v", f"ret = dbus.UInt32({scheme}, variant_level=1)",
-                              dbus_interface="org.freedesktop.DBus.Mock")
-
     def change_scheme(self, scheme):
         self.host.call("signals")
-        change = ["org.freedesktop.appearance", "color-scheme", scheme]
-        self.portal.EmitSignal(self.SETTINGS, "SettingChanged", "ssv", change,
-                               dbus_interface="org.freedesktop.DBus.Mock")
+        self.desktop.prefer(scheme)
         self.host.wait_for_signal("NewIcon")
 
     def glyph(self):
@@ -351,24 +328,24 @@ class ColourScheme(StatusNotifier):
         self.assertEqual(self.glyph(), DARK_GLYPH)
 
     def test_the_outline_follows_it(self):
-        self.start_portal(self.PREFER_DARK)
+        self.desktop.start_portal(Desktop.PREFER_DARK)
         self.desktop.start_as_returning_user()
         self.host.wait_for_items()
         wait_for(lambda: self.glyph() == LIGHT_GLYPH)
-        self.change_scheme(self.PREFER_LIGHT)
+        self.change_scheme(Desktop.PREFER_LIGHT)
         self.assertEqual(self.glyph(), DARK_GLYPH)
-        self.change_scheme(self.PREFER_DARK)
+        self.change_scheme(Desktop.PREFER_DARK)
         self.assertEqual(self.glyph(), LIGHT_GLYPH)
-        self.change_scheme(self.NO_PREFERENCE)
+        self.change_scheme(Desktop.NO_PREFERENCE)
         self.assertEqual(self.glyph(), DARK_GLYPH)
 
     def test_the_filled_cup_does_not(self):
-        self.start_portal(self.PREFER_LIGHT)
+        self.desktop.start_portal(Desktop.PREFER_LIGHT)
         self.desktop.start_as_returning_user()
         self.host.wait_for_items()
         self.host.call("activate")
         wait_for(lambda: self.host.pixel(64, *BODY) == COFFEE)
-        self.change_scheme(self.PREFER_DARK)
+        self.change_scheme(Desktop.PREFER_DARK)
         self.assertEqual(self.host.pixel(64, *BODY), COFFEE)
 
 

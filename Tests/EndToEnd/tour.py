@@ -16,13 +16,13 @@ class Tour:
 
     def picture(self, what, crop=None):
         self.step += 1
-        path = self.folder / f"{self.name}-{self.step}-{what}.png"
+        path = self.folder / f"{self.name}-{self.step:02}-{what}.png"
         time.sleep(0.4)  # for the picture to settle
         self.desktop.screenshot(path, crop)
         print(f"  {path}")
 
-    def picture_of_window(self, what):
-        [window] = wait_for(self.desktop.windows)
+    def picture_of_window(self, what, window):
+        self.desktop.xdotool("mousemove", 1, 1)
         x, y, width, height = self.desktop.geometry(window)
         frame, title_bar = 1, 20  # of the window manager here
         self.picture(what, f"{width + 2 * frame}x{height + title_bar + frame}+{x - frame}+{y - title_bar}")
@@ -35,8 +35,7 @@ class Tour:
     def take(self):
         desktop = self.desktop
         desktop.start()
-        desktop.welcome_window()
-        self.picture_of_window("welcome")
+        self.picture_of_window("welcome", desktop.welcome_window())
         desktop.xdotool("key", "Return")
         desktop.cup_geometry()
         self.picture_of_corner("cup-off")
@@ -45,7 +44,53 @@ class Tour:
         wait_for(desktop.cup_is_filled)
         self.picture_of_corner("cup-on")
         self.menu("menu-on")
-        assert desktop.end() == 0, "the program did not end well"
+        self.settings()
+        self.quit()
+
+    def settings(self):
+        desktop = self.desktop
+        window = desktop.open_settings()
+        self.picture_of_window("settings", window)
+        desktop.xdotool("key", "Tab", "Tab", "space")
+        self.expect_stored(scheduleEnabled=True)
+        self.picture_of_window("schedule-on", window)
+        desktop.xdotool("key", "Tab", "2", "2", "0", "0", "Return", "Tab", "0", "6", "0", "0", "Return")
+        self.expect_stored(scheduleOnMinutes=1320, scheduleOffMinutes=360)
+        self.picture_of_window("times-changed", window)
+        before = desktop.stored()["appLanguage"]
+        desktop.xdotool("key", "Tab", "Tab", "Up" if before == "en" else "Down")
+        self.expect_stored(appLanguage="pt-BR" if before == "en" else "en")
+        self.picture_of_window("language-switched", window)
+        self.refuse_login_item(window)
+
+    def refuse_login_item(self, window):
+        """Welcome has turned it on: off it goes, and on again when something is in the way."""
+        desktop = self.desktop
+        desktop.xdotool("key", "Tab", "space")
+        self.expect_stored(launchAtLogin=False)
+        desktop.autostart_file.parent.rmdir()
+        desktop.autostart_file.parent.write_text("in the way")
+        height = desktop.geometry(window)[3]
+        desktop.xdotool("key", "space")
+        wait_for(lambda: desktop.geometry(window)[3] > height, what="the hint")
+        self.picture_of_window("login-refused", window)
+
+    def expect_stored(self, **expected):
+        wait_for(lambda: expected.items() <= self.desktop.stored().items(), what=expected)
+
+    def quit(self):
+        desktop = self.desktop
+        desktop.click_cup(button=3)
+        wait_for(lambda: len(desktop.windows()) > 1, what="the menu")
+        desktop.xdotool("key", "Down", "Down", "Down", "Return")
+        assert desktop.app_process.wait(10) == 0, "the program did not end well"
+        self.picture("quit")
+
+    def take_dark(self):
+        """The Settings window in a session that prefers dark."""
+        self.desktop.start_portal(Desktop.PREFER_DARK)
+        self.desktop.start_as_returning_user()
+        self.picture_of_window("settings", self.desktop.open_settings())
 
     def take_cups(self):
         """The two cups alone, on a panel of twice the usual height."""
@@ -74,6 +119,10 @@ def main():
         tour = Tour(folder, language, name)
         with tour.desktop:
             tour.take()
+    print("The Settings window in the dark:")
+    tour = Tour(folder, "en_GB.UTF-8", "dark")
+    with tour.desktop:
+        tour.take_dark()
     for name, colour in (("light", "0xe0e0e0"), ("dark", "0x202020")):
         print(f"The cup on a {name} panel:")
         tour = Tour(folder, "en_GB.UTF-8", f"cup-{name}", ["--height", "48", "--transparent", "true", "--alpha", "0",

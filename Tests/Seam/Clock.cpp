@@ -2,11 +2,13 @@
 
 #include "Platform/AppKit/Workspace.h"
 #include "Platform/Linux/AppKit/WorkspaceNative.h"
+#include "Platform/Linux/Dispatch/DispatchQueueNative.h"
 #include "Platform/Linux/Foundation/SystemTimeZone.h"
 #include "Platform/Linux/Foundation/TimerNative.h"
 
 #include <QTimeZone>
 #include <algorithm>
+#include <list>
 
 namespace Seam {
 
@@ -103,6 +105,16 @@ QTimeZone systemTimeZone() {
 
 std::unique_ptr<Alarm> makeAlarm(const Date& date, std::function<void()> callback) {
     return std::make_unique<Seam::VirtualAlarm>(date, std::move(callback));
+}
+
+void callAfter(double seconds, std::function<void()> callback) {
+    static auto& pending = *new std::list<std::unique_ptr<Alarm>>; // which the alarms' own list may not outlive
+    const auto place = pending.emplace(pending.end());
+    *place = makeAlarm(Seam::now.dateByAddingTimeInterval(seconds), [place, callback = std::move(callback)] {
+        const auto last = callback; // this alarm ends here
+        pending.erase(place);
+        last();
+    });
 }
 
 std::shared_ptr<void> watchSystem(const NotificationCenter&) {

@@ -9,9 +9,11 @@ import subprocess
 
 # Where ours differs from the package, and why it stands all the same. An entry that is not needed is a fault too.
 KNOWN = {
+    "-[NSDictionary initWithContentsOfURL:]": "declared by name, as macOS does, where the package has `this`",
     "-[NSEvent type]": "declared by the underlying type of NSEventType, as it is passed on",
     "-[NSMutableDictionary setObject:forKey:]": "a key of any type, where macOS asks for one that copies: a string",
     "-[NSNotificationCenter addObserverForName:object:queue:usingBlock:]": "the queue of any type: it is always nil",
+    "-[NSTask setExecutableURL:]": "may be given nil, which the package does not say of this one",
 }
 
 # The package names these, but not their values.
@@ -19,12 +21,12 @@ KNOWN_VALUES = {"NSUTF8StringEncoding": 4, "NSISOLatin1StringEncoding": 5, "kIOP
                 "kIOPMAssertionLevelOn": 255}
 
 
-NUMBERS = {"double", "int", "long", "long long", "unsigned long", "unsigned long long", "uint32_t", "NSInteger",
-           "NSUInteger", "CGFloat", "NSTimeInterval", "NSFontWeight", "NSControlStateValue", "NSStringEncoding",
-           "Boolean", "CFIndex", "CFTypeID", "IOReturn", "IOPMAssertionID", "IOPMAssertionLevel"}
-STRINGS = {"NSNotificationName", "NSRunLoopMode", "NSString *", "SEL"}
+NUMBERS = {"double", "int", "long", "long long", "unsigned int", "unsigned long", "unsigned long long", "uint32_t",
+           "NSInteger", "NSUInteger", "CGFloat", "NSTimeInterval", "NSFontWeight", "NSControlStateValue",
+           "NSStringEncoding", "Boolean", "CFIndex", "CFTypeID", "IOReturn", "IOPMAssertionID", "IOPMAssertionLevel"}
+STRINGS = {"NSFileAttributeKey", "NSNotificationName", "NSRunLoopMode", "NSString *", "SEL"}
 STRUCTURES = {"NSRect": "CGRect", "NSPoint": "CGPoint", "NSSize": "CGSize", "NSEdgeInsets": "NSEdgeInsets",
-              "CFRange": "CFRange"}
+              "CFRange": "CFRange", "NSRange": "_NSRange"}
 
 
 class Package:
@@ -76,6 +78,14 @@ class Package:
                 seen.append(name)
                 todo += sorted(self.parents[name])
         return seen
+
+    def names_returning(self, *kinds):
+        """The methods and properties, of whichever class, whose result is always one of these."""
+        results = {}
+        for members in self.members.values():
+            for _, name, _, result in members:
+                results.setdefault(name, set()).add(result)
+        return {name for name, found in results.items() if found <= set(kinds)}
 
     def candidates(self, owner, static, name):
         for ancestor in self.lineage(owner):

@@ -1,14 +1,17 @@
 """What a Mach-O file says about itself: its slices, their load commands, symbols and code signature."""
 import hashlib
 import struct
+import typing
 
-PROCESSORS = {0x01000007: "x86_64", 0x0100000C: "arm64"}
+PROCESSORS = {(0x01000007, 3): "x86_64", (0x0100000C, 0): "arm64"}  # for all models of each
 MH_EXECUTE = 2
 MH_WEAK_DEFINES = 0x8000
 MH_PIE = 0x200000
 CS_ADHOC = 0x2
+VM_PROT_READ, VM_PROT_WRITE, VM_PROT_EXECUTE = 1, 2, 4
 
-LC_SYMTAB, LC_LOAD_DYLIB, LC_SEGMENT_64, LC_CODE_SIGNATURE, LC_BUILD_VERSION = 0x2, 0xC, 0x19, 0x1D, 0x32
+LC_SYMTAB, LC_LOAD_DYLIB, LC_SEGMENT_64, LC_UUID, LC_CODE_SIGNATURE, LC_BUILD_VERSION = 0x2, 0xC, 0x19, 0x1B, 0x1D, 0x32
+LC_RPATH = 0x8000001C
 LC_LOADING = {0xC, 0x80000018, 0x8000001F, 0x20, 0x80000023}  # every way to load a library
 
 
@@ -19,8 +22,9 @@ def slices(data):
         raise ValueError("not a universal Mach-O file")
     found = {}
     for i in range(count):
-        processor, _, offset, size, _ = struct.unpack_from(">IIIII", data, 8 + 20 * i)
-        found[PROCESSORS.get(processor, hex(processor))] = Slice(data[offset:offset + size])
+        processor, model, offset, size, _ = struct.unpack_from(">IIIII", data, 8 + 20 * i)
+        kind = processor, model & 0xFFFFFF  # without the flags
+        found[PROCESSORS.get(kind, f"{kind}")] = Slice(data[offset:offset + size], offset)
     return found
 
 
@@ -32,14 +36,21 @@ def c_string(data, offset):
     return data[offset:data.index(b"\0", offset)].decode()
 
 
+class Segment(typing.NamedTuple):
+    address: int
+    size: int
+    offset: int
+    protection: int  # at most
+
+
 class Slice:
-    def __init__(self, data):
-        self.data = data
+    def __init__(self, data, offset):
+        self.data, self.offset = data, offset
         magic, _, _, self.filetype, count, _, self.flags, _ = struct.unpack_from("<8I", data)
         if magic != 0xFEEDFACF:
             raise ValueError("not a 64-bit Mach-O file")
-        self.libraries, self.sections, self.symbols = [], {}, []
-        self.platform = self.minimum_system = self.signature_offset = None
+        self.libraries, self.rpaths, self.segments, self.sections, self.symbols = [], [], {}, {}, []
+        self.platform = self.minimum_system = self.signature_offset = self.uuid = None
         offset = 32
         for _ in range(count):
             command, size = struct.unpack_from("<II", data, offset)
@@ -53,7 +64,13 @@ class Slice:
         elif command in LC_LOADING:
             name = struct.unpack_from("<I", self.data, offset + 8)[0]
             self.libraries.append((command, c_string(self.data, offset + name)))
+        elif command == LC_RPATH:
+            self.rpaths.append(c_string(self.data, offset + struct.unpack_from("<I", self.data, offset + 8)[0]))
+        elif command == LC_UUID:
+            self.uuid = self.data[offset + 8:offset + 24]
         elif command == LC_SEGMENT_64:
+            name, address, size, start, _, protection = struct.unpack_from("<16s4QI", self.data, offset + 8)
+            self.segments[name.rstrip(b"\0").decode()] = Segment(address, size, start, protection)
             for i in range(struct.unpack_from("<I", self.data, offset + 64)[0]):
                 at = offset + 72 + 80 * i
                 name = self.data[at:at + 16].rstrip(b"\0").decode()

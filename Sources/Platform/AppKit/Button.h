@@ -8,7 +8,6 @@
 namespace NS {
 
 enum class BezelStyle : unsigned long { Rounded = 1 };
-enum class ControlStateValue : long { Off = 0, On = 1 };
 
 /// A push button or a radio button (NSButton). Radio buttons with the same superview are one group: turning one on
 /// turns the others off.

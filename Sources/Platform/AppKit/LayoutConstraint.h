@@ -17,6 +17,25 @@ public:
     using Object::Object;
 };
 
+/// A view's left or right edge, in the order of reading, or its middle, as one side of a constraint
+/// (NSLayoutXAxisAnchor). Here the other side is the superview's.
+class LayoutXAxisAnchor : public Object {
+public:
+    LayoutConstraint constraintEqualToAnchor(const LayoutXAxisAnchor& anchor) const;
+    LayoutConstraint constraintGreaterThanOrEqualToAnchor(const LayoutXAxisAnchor& anchor, double constant) const;
+    LayoutConstraint constraintLessThanOrEqualToAnchor(const LayoutXAxisAnchor& anchor, double constant) const;
+
+    using Object::Object;
+};
+
+/// A view's upper or lower edge (NSLayoutYAxisAnchor). Downwards is the positive direction.
+class LayoutYAxisAnchor : public Object {
+public:
+    LayoutConstraint constraintEqualToAnchor(const LayoutYAxisAnchor& anchor, double constant) const;
+
+    using Object::Object;
+};
+
 /// A view's width or height as one side of a constraint (NSLayoutDimension).
 class LayoutDimension : public Object {
 public:

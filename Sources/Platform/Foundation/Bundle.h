@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/Object.h"
+#include "Platform/Foundation/URL.h"
 #include "Platform/Foundation/Value.h"
 
 #include <optional>
@@ -15,8 +16,8 @@ public:
     static Bundle mainBundle();
 
     std::optional<std::string> bundleIdentifier() const;
-    /// The bundle's folder as an absolute path.
-    std::string bundlePath() const;
+    /// The bundle's folder.
+    URL bundleURL() const;
     /// A value of the bundle's Info.plist.
     std::optional<Value> objectForInfoDictionaryKey(const std::string& key) const;
 

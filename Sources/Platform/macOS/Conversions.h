@@ -54,6 +54,10 @@ std::string toString(NSString* _Nullable text);
 /// Nothing for nil.
 std::optional<std::string> toOptionalString(NSString* _Nullable text);
 
+NSData* toNSData(const std::string& bytes);
+/// Empty for nil.
+std::string toBytes(NSData* _Nullable data);
+
 /// Nil for `Value::Other`, which stands for no object in particular; inside an array or dictionary it is left out.
 id _Nullable toPropertyList(const Value& value);
 NSDictionary<NSString*, id>* toNSDictionary(const Dictionary& dictionary);
@@ -67,6 +71,8 @@ void forEach(NSArray* array, const Function& function) {
         function([array objectAtIndex:index]);
     }
 }
+
+NSArray<NSString*>* toNSArray(const std::vector<std::string>& texts);
 
 template <class Handle>
 NSArray* toNSArray(const std::vector<Handle>& handles) {

@@ -7,9 +7,7 @@ namespace NS {
 namespace {
 
 NSString* decoded(const std::string& text, NSStringEncoding encoding) {
-    const auto* bytes = reinterpret_cast<const UInt8*>(text.data());
-    auto data = (__bridge_transfer NSData*)CFDataCreate(nullptr, bytes, static_cast<CFIndex>(text.size()));
-    return [[NSString alloc] initWithData:data encoding:encoding];
+    return [[NSString alloc] initWithData:toNSData(text) encoding:encoding];
 }
 
 Value numberValue(NSNumber* number) {
@@ -56,7 +54,19 @@ NSString* toNSString(const std::string& text) {
 
 // Not UTF8String, which ends at the first NUL and is NULL for half a surrogate pair.
 std::string toString(NSString* text) {
-    NSData* data = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES];
+    return toBytes([text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES]);
+}
+
+std::optional<std::string> toOptionalString(NSString* text) {
+    return text ? std::optional(toString(text)) : std::nullopt;
+}
+
+NSData* toNSData(const std::string& bytes) {
+    return (__bridge_transfer NSData*)CFDataCreate(nullptr, reinterpret_cast<const UInt8*>(bytes.data()),
+                                                   static_cast<CFIndex>(bytes.size()));
+}
+
+std::string toBytes(NSData* data) {
     if (data == nil) { // an error may come without its object, so its text too
         return {};
     }
@@ -66,8 +76,12 @@ std::string toString(NSString* text) {
     return bytes;
 }
 
-std::optional<std::string> toOptionalString(NSString* text) {
-    return text ? std::optional(toString(text)) : std::nullopt;
+NSArray<NSString*>* toNSArray(const std::vector<std::string>& texts) {
+    NSMutableArray<NSString*>* array = [NSMutableArray arrayWithCapacity:texts.size()];
+    for (const std::string& text : texts) {
+        [array addObject:toNSString(text)];
+    }
+    return array;
 }
 
 id toPropertyList(const Value& value) {

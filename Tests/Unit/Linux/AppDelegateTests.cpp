@@ -7,10 +7,12 @@
 #include "Seam/Bar.h"
 #include "Seam/Clock.h"
 #include "Seam/Power.h"
+#include "Updater.h"
 
 #include <QAbstractButton>
 #include <QByteArray>
 #include <QPushButton>
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace {
@@ -94,7 +96,17 @@ struct ScheduledAppDelegateTest : AppDelegateTest {
 TEST_F(ScheduledAppDelegateTest, StartingBringsTheGuardIntoLineWithTheSchedule) {
     launch();
     EXPECT_EQ(Seam::power().held.size(), 1U);
-    EXPECT_EQ(Seam::scheduledTimers().size(), 2U);
+    const auto timers = Seam::scheduledTimers();
+    for (const double hours : {6, 21}) { // 18:00 and 09:00
+        EXPECT_EQ(std::count(timers.begin(), timers.end(), noon().dateByAddingTimeInterval(hours * 3600)), 1);
+    }
+}
+
+TEST_F(ScheduledAppDelegateTest, StartingStartsTheUpdater) {
+    Prefs::d().setBoolForKey(false, Prefs::scheduleEnabled);
+    launch();
+    EXPECT_EQ(Seam::scheduledTimers(),
+              (std::vector{noon().dateByAddingTimeInterval(12), noon().dateByAddingTimeInterval(24 * 3600.0)}));
 }
 
 TEST_F(ScheduledAppDelegateTest, AClickOverridesTheScheduleUntilItsNextTime) {
@@ -116,6 +128,32 @@ TEST_F(ScheduledAppDelegateTest, AClickWhileTheScheduleIsOffOverridesNothing) {
     Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
     Seam::announceWake(); // no override stands in the way of the window
     EXPECT_EQ(Seam::power().held.size(), 1U);
+}
+
+TEST_F(AppDelegateTest, TheMenusSettingsLineOpensTheOneSettingsWindow) {
+    Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+    launch();
+    for (int time = 0; time < 2; ++time) {
+        Seam::whenMenuOpens([](NS::StatusItem item) { item.menu().performActionForItemAtIndex(3); });
+        Seam::click(Seam::statusItems().front(), {NS::EventType::RightMouseUp});
+        ASSERT_EQ(windows().size(), 1U);
+        EXPECT_EQ(windows().front().title(), "Vantorel Settings");
+        EXPECT_TRUE(windows().front().isVisible());
+        windows().front().orderOut();
+    }
+}
+
+TEST_F(AppDelegateTest, UpdatesArePostponedExactlyWhileTheGuardIsActive) {
+    Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+    launch();
+    EXPECT_FALSE(Updater::shouldPostpone());
+    Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
+    EXPECT_TRUE(Updater::shouldPostpone());
+    Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
+    EXPECT_FALSE(Updater::shouldPostpone());
+    Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
+    delegate = nullptr;
+    EXPECT_FALSE(Updater::shouldPostpone());
 }
 
 TEST_F(AppDelegateTest, QuittingWhileActiveReleasesTheAssertionAndShowsIt) {

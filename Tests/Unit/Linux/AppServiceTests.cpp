@@ -59,8 +59,9 @@ TEST_F(AppService, RegisteringWritesAnAutostartEntry) {
     auto subject = service();
     EXPECT_FALSE(subject.registerAndReturnError());
     EXPECT_EQ(subject.status(), Status::Enabled);
-    EXPECT_EQ(entryText(), "[Desktop Entry]\nType=Application\nName=Example\nExec=\"" + folder().string() +
-                               "/X.app/Contents/MacOS/program\"\nX-GNOME-Autostart-enabled=true\n");
+    const auto program = folder().string() + "/X.app/Contents/MacOS/program";
+    EXPECT_EQ(entryText(), "[Desktop Entry]\nType=Application\nName=Example\nExec=\"" + program +
+                               "\"\nTryExec=" + program + "\nX-GNOME-Autostart-enabled=true\n");
     EXPECT_EQ(std::distance(fs::directory_iterator(entry().parent_path()), {}), 1) << "a side file is left";
 }
 
@@ -74,6 +75,7 @@ TEST_F(AppService, ThePathIsQuotedAndEscapedTwice) {
 
 TEST_F(AppService, LineBreaksStayInsideTheirValues) {
     ASSERT_FALSE(service("a\nHidden=true\t\r.app", "Two\nHidden=true\\").registerAndReturnError());
+    EXPECT_NE(entryText().find("\nTryExec=" + folder().string() + "/a\\nHidden=true\\t\\r.app/"), std::string::npos);
     EXPECT_NE(entryText().find("\nName=Two\\nHidden=true\\\\\n"), std::string::npos) << entryText();
     EXPECT_NE(entryText().find("/a\\nHidden=true\\t\\r.app/"), std::string::npos) << entryText();
     EXPECT_EQ(service().status(), Status::Enabled);

@@ -39,7 +39,7 @@ TEST_F(Bundle, AnExecutableInAnApplicationBelongsToIt) {
         <key>CFBundleShortVersionString</key><string>1.2.3</string>
         <key>LSUIElement</key><true/>
         </dict></plist>)");
-    EXPECT_EQ(bundle.bundlePath(), (folder() / "X.app").string());
+    EXPECT_EQ(bundle.bundleURL().path(), (folder() / "X.app").string());
     EXPECT_EQ(bundle.bundleIdentifier(), "org.example.x");
     EXPECT_EQ(bundle.objectForInfoDictionaryKey("CFBundleShortVersionString"), NS::Value("1.2.3"));
     EXPECT_EQ(bundle.objectForInfoDictionaryKey("LSUIElement"), NS::Value(true));
@@ -52,14 +52,14 @@ TEST_F(Bundle, AnUpdateOnTheDiskChangesNothing) {
     const auto bundle =
         bundleWithInfo("<plist><dict><key>CFBundleIdentifier</key><string>org.example.x</string></dict></plist>");
     fs::rename(folder() / "X.app", folder() / "old.app");
-    EXPECT_EQ(bundle.bundlePath(), (folder() / "X.app").string());
+    EXPECT_EQ(bundle.bundleURL().path(), (folder() / "X.app").string());
     EXPECT_EQ(bundle.bundleIdentifier(), "org.example.x");
 }
 
 TEST_F(Bundle, ADamagedListReadsAsEmpty) {
     for (const char* info : {"", "nonsense", "<plist><array/></plist>", "<plist><dict><key>CFBundleIdentifier"}) {
         const auto bundle = bundleWithInfo(info);
-        EXPECT_EQ(bundle.bundlePath(), (folder() / "X.app").string()) << info;
+        EXPECT_EQ(bundle.bundleURL().path(), (folder() / "X.app").string()) << info;
         EXPECT_EQ(bundle.bundleIdentifier(), std::nullopt) << info;
         EXPECT_EQ(bundle.objectForInfoDictionaryKey("CFBundleIdentifier"), std::nullopt) << info;
     }
@@ -67,7 +67,7 @@ TEST_F(Bundle, ADamagedListReadsAsEmpty) {
 
 TEST_F(Bundle, AMissingListReadsAsEmpty) {
     const auto bundle = NS::bundleOfExecutable("/nowhere/X.app/Contents/MacOS/program");
-    EXPECT_EQ(bundle.bundlePath(), "/nowhere/X.app");
+    EXPECT_EQ(bundle.bundleURL().path(), "/nowhere/X.app");
     EXPECT_EQ(bundle.bundleIdentifier(), std::nullopt);
     EXPECT_EQ(native(bundle).displayName(), "program");
     EXPECT_EQ(native(bundle).fileName(), "program");
@@ -87,7 +87,7 @@ TEST_F(Bundle, ElsewhereTheBundleIsTheExecutablesFolder) {
     for (const char* place : {"bin", "X.app/Contents/Helpers", "X.app/MacOS", "X.app/Other/MacOS",
                               "X.app/Contents/MacOS/sub", "X.bundle/Contents/MacOS", "Contents/MacOS"}) {
         const auto bundle = NS::bundleOfExecutable(folder() / place / "program");
-        EXPECT_EQ(bundle.bundlePath(), (folder() / place).string());
+        EXPECT_EQ(bundle.bundleURL().path(), (folder() / place).string());
         EXPECT_EQ(bundle.bundleIdentifier(), std::nullopt) << place;
     }
 }
@@ -95,7 +95,7 @@ TEST_F(Bundle, ElsewhereTheBundleIsTheExecutablesFolder) {
 TEST_F(Bundle, TheMainOneIsAroundThisProgram) {
     const auto bundle = NS::Bundle::mainBundle();
     EXPECT_EQ(bundle, NS::Bundle::mainBundle());
-    EXPECT_EQ(bundle.bundlePath(), fs::read_symlink("/proc/self/exe").parent_path().string());
+    EXPECT_EQ(bundle.bundleURL().path(), fs::read_symlink("/proc/self/exe").parent_path().string());
     EXPECT_EQ(bundle.bundleIdentifier(), std::nullopt);
 }
 

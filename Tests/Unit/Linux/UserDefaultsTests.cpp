@@ -542,6 +542,13 @@ std::string binaryChain(int length, int width) {
     return binaryList(objects);
 }
 
+/// One long text, and an array that holds it very often.
+std::string binaryRepetition() {
+    const auto text = "\x5f\x12" + bigEndian(900000, 4) + std::string(900000, 'x');
+    const auto array = "\xaf\x12" + bigEndian(15000, 4) + repeated(bigEndian(3, 4), 15000);
+    return binaryList({"\xd1" + bigEndian(1, 4) + bigEndian(2, 4), "Qk", array, text});
+}
+
 struct Damage {
     const char* name;
     std::string bytes;
@@ -573,6 +580,9 @@ INSTANTIATE_TEST_SUITE_P(
                xml("<dict><key>answer</key>" + repeated("<array>", 60000) + repeated("</array>", 60000) + "</dict>")},
         Damage{"UnclosedDeepXML", "<plist><dict><key>answer</key>" + repeated("<array>", 140000)},
         Damage{"DeepBinary", binaryChain(100000, 1)}, Damage{"EndlessBinary", binaryChain(90, 2)},
+        Damage{"RepetitiveBinary", binaryRepetition()},
+        Damage{"NullInBinaryKey",
+               binaryList({"\xd1" + bigEndian(1, 4) + bigEndian(2, 4), "\x63" + "\0a\0\0\0b"s, "\x09"})},
         Damage{"CircularBinary", binaryList({"\xd1" + bigEndian(1, 4) + bigEndian(0, 4), "Qk"})},
         Damage{"BinaryWithWildOffsets", "bplist00\xd1\x01\x02" + bigEndian(0, 6) + "\x08\x08" + repeated("\xff", 24)},
         Damage{"BinaryWithoutTrailer", "bplist00\xd0"},

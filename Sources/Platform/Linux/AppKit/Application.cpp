@@ -3,19 +3,26 @@
 #include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/UserDefaults.h"
+#include "Platform/Linux/AppKit/Appearance.h"
 #include "Platform/Linux/AppKit/ApplicationNative.h"
 #include "Platform/Linux/AppKit/TerminationSignals.h"
 #include "Platform/Linux/AppKit/WindowNative.h"
+#include "Platform/Linux/Dispatch/DispatchQueueNative.h"
+#include "Platform/Linux/Foundation/URLSessionNative.h"
 #include "Platform/Linux/Native.h"
 
 #include <QApplication>
 #include <QSessionManager>
+#include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <utility>
 
 namespace NS {
 
 namespace {
+
+constexpr auto workersPatience = std::chrono::milliseconds(1500);
 
 std::optional<Event> currentEventOfApplication;
 
@@ -35,8 +42,7 @@ void requireDisplay() {
 QApplication* makeApplication() {
     requireDisplay();
     static int argc = 1;
-    static char name[] = "";
-    static char* argv[] = {name, nullptr};
+    static char* argv[] = {program_invocation_short_name, nullptr}; // which also names the windows' class
     auto* application = new QApplication(argc, argv);
     application->setQuitOnLastWindowClosed(false);
     const auto bundle = Bundle::mainBundle();
@@ -90,6 +96,7 @@ void Application::setDelegate(const std::shared_ptr<ApplicationDelegate>& delega
 void Application::run() {
     auto& self = native(*this);
     const TerminationSignals signals([this] { terminate(); });
+    const auto following = followColorScheme();
     QMetaObject::invokeMethod(
         self.application,
         [&self] {
@@ -102,7 +109,15 @@ void Application::run() {
     if (const auto delegate = self.delegate.lock()) {
         delegate->applicationWillTerminate({"NSApplicationWillTerminateNotification"});
     }
+    for (auto& window : windows()) { // now, that Qt has all it needs for it
+        window.orderOut();
+    }
+    cancelTransfers();
+    const bool workersEnded = waitForWorkers(workersPatience);
     UserDefaults::standardUserDefaults().synchronize();
+    if (!workersEnded) {
+        std::_Exit(EXIT_SUCCESS); // the statics that they use must not be destroyed under them
+    }
 }
 
 // Not quit(), which a window that must not be closed would refuse.

@@ -1,5 +1,6 @@
 #include "Platform/AppKit/LayoutConstraint.h"
 
+#include "Platform/Linux/AppKit/EdgeLayout.h"
 #include "Platform/Linux/AppKit/LayoutNative.h"
 #include "Platform/Linux/AppKit/ViewNative.h"
 
@@ -15,24 +16,51 @@ struct DimensionNative : Native {
 };
 
 struct ConstraintNative : Native {
-    std::shared_ptr<DimensionNative> dimension;
     double constant = 0;
     bool isActive = false;
 
-    void activate() {
-        isActive = true;
+    virtual void apply() const = 0;
+    int pixels() const { return static_cast<int>(std::lround(constant)); }
+};
+
+struct LengthConstraint : ConstraintNative {
+    std::shared_ptr<DimensionNative> dimension;
+
+    void apply() const override {
         const auto view = dimension->view.lock();
         if (!view || !view->widget) {
             return;
         }
-        const int length = static_cast<int>(std::lround(constant));
         if (dimension->orientation == Qt::Horizontal) {
-            view->widget->setFixedWidth(length);
+            view->widget->setFixedWidth(pixels());
         } else {
-            view->widget->setFixedHeight(length);
+            view->widget->setFixedHeight(pixels());
         }
     }
 };
+
+/// Between the same edge of a view and of its superview.
+struct EdgeConstraint : ConstraintNative {
+    std::shared_ptr<AnchorNative> anchor;
+    std::shared_ptr<AnchorNative> ofSuperview;
+
+    void apply() const override {
+        const auto view = anchor->view.lock();
+        const auto superview = ofSuperview->view.lock();
+        if (view && superview && view->widget && superview->widget) {
+            EdgeLayout::of(*superview->widget).constrain(*view, anchor->edge, pixels());
+        }
+    }
+};
+
+// A distance of at least so much is exactly so much wherever the view may be as large as it likes.
+LayoutConstraint edgeConstraint(const Object& anchor, const Object& ofSuperview, double constant) {
+    auto native = std::make_shared<EdgeConstraint>();
+    native->anchor = Bridge::shared<AnchorNative>(anchor);
+    native->ofSuperview = Bridge::shared<AnchorNative>(ofSuperview);
+    native->constant = constant;
+    return Bridge::handle<LayoutConstraint>(std::move(native));
+}
 
 } // namespace
 
@@ -44,15 +72,35 @@ LayoutDimension makeDimension(std::shared_ptr<ViewNative> view, Qt::Orientation 
 }
 
 LayoutConstraint LayoutDimension::constraintEqualToConstant(double constant) const {
-    auto native = std::make_shared<ConstraintNative>();
+    auto native = std::make_shared<LengthConstraint>();
     native->dimension = Bridge::shared<DimensionNative>(*this);
     native->constant = constant;
     return Bridge::handle<LayoutConstraint>(std::move(native));
 }
 
+LayoutConstraint LayoutXAxisAnchor::constraintEqualToAnchor(const LayoutXAxisAnchor& anchor) const {
+    return edgeConstraint(*this, anchor, 0);
+}
+
+LayoutConstraint LayoutXAxisAnchor::constraintGreaterThanOrEqualToAnchor(const LayoutXAxisAnchor& anchor,
+                                                                         double constant) const {
+    return edgeConstraint(*this, anchor, constant);
+}
+
+LayoutConstraint LayoutXAxisAnchor::constraintLessThanOrEqualToAnchor(const LayoutXAxisAnchor& anchor,
+                                                                      double constant) const {
+    return edgeConstraint(*this, anchor, constant);
+}
+
+LayoutConstraint LayoutYAxisAnchor::constraintEqualToAnchor(const LayoutYAxisAnchor& anchor, double constant) const {
+    return edgeConstraint(*this, anchor, constant);
+}
+
 void LayoutConstraint::activateConstraints(const std::vector<LayoutConstraint>& constraints) {
     for (const auto& constraint : constraints) {
-        Bridge::native<ConstraintNative>(constraint).activate();
+        auto& native = Bridge::native<ConstraintNative>(constraint);
+        native.isActive = true;
+        native.apply();
     }
 }
 

@@ -10,6 +10,21 @@ namespace NS {
 
 struct ViewNative;
 
+enum class Edge { Leading, Trailing, CenterX, Top, Bottom };
+
+struct AnchorNative : Native {
+    AnchorNative(std::shared_ptr<ViewNative> view, Edge edge) : view(std::move(view)), edge(edge) {}
+
+    std::weak_ptr<ViewNative> view;
+    Edge edge;
+};
+
+/// One of a view's edges, or its middle, as a side of a constraint.
+template <class Anchor>
+Anchor makeAnchor(std::shared_ptr<ViewNative> view, Edge edge) {
+    return Bridge::handle<Anchor>(std::make_shared<AnchorNative>(std::move(view), edge));
+}
+
 /// One of a view's two lengths, as a side of a constraint.
 LayoutDimension makeDimension(std::shared_ptr<ViewNative> view, Qt::Orientation orientation);
 

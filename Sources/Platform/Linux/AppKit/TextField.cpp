@@ -69,6 +69,14 @@ struct TextFieldNative : ViewNative {
 
     QPointer<Label> label;
     const bool wraps;
+
+    // Its first line is in the middle when it is the only one, and else at the top.
+    int firstBaseline() const override {
+        const QFontMetrics metrics = label->fontMetrics();
+        const int above = wraps ? 0 : (label->sizeHint().height() - metrics.height()) / 2;
+        return above + metrics.ascent();
+    }
+
     Font font = Font::systemFontOfSize(13);
     Color color = Color::labelColor();
     TextAlignment alignment = TextAlignment::Left;

@@ -3,6 +3,7 @@
 #include "Platform/AppKit/View.h"
 #include "Platform/Linux/Native.h"
 
+#include <QMargins>
 #include <QPointer>
 #include <QWidget>
 #include <functional>
@@ -19,6 +20,13 @@ struct ViewNative : Native {
 
     /// Puts the other view's widget into this one's. Where exactly is the caller's business.
     void adopt(const std::shared_ptr<ViewNative>& subview);
+
+    /// How far below the top of the widget, at its own size, its first line of text stands. What has no text stands on
+    /// its lower edge.
+    virtual int firstBaseline() const { return widget->sizeHint().height(); }
+    /// What the widget has around what is seen of it, such as room for a focus ring. It does not count when views are
+    /// aligned.
+    virtual QMargins alignmentInsets() const { return {}; }
 
     QPointer<QWidget> widget;
     bool translatesAutoresizingMask = true;

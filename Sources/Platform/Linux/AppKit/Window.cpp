@@ -2,6 +2,8 @@
 
 #include "Platform/Linux/AppKit/WindowNative.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QCloseEvent>
 #include <QRadioButton>
 #include <QScreen>
@@ -44,18 +46,26 @@ private:
     const bool closable_;
 };
 
+// Qt takes only its own dialogs for windows that a screen reader announces.
+QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
+    auto* window = dynamic_cast<WindowWidget*>(object);
+    return window ? new QAccessibleWidget(window, QAccessible::Dialog) : nullptr;
+}
+
 WindowNative& native(const Window& window) {
     return Bridge::native<WindowNative>(window);
 }
 
-// The keyboard starts at the choice that is made, not at the first there is.
-void focusCheckedRadioButton(const QWidget& window) {
+// The keyboard starts at the choice that is made, if there is one, and else before the first control: none of them is
+// worked unseen.
+void setInitialFocus(QWidget& window) {
     for (auto* radio : window.findChildren<QRadioButton*>()) {
         if (radio->isChecked()) {
             radio->setFocus();
             return;
         }
     }
+    window.setFocus();
 }
 
 } // namespace
@@ -84,6 +94,7 @@ void WindowNative::setContentSize(const Size& size) const {
 }
 
 Window::Window(const Rect& contentRect, WindowStyleMask style, BackingStore, bool) {
+    QAccessible::installFactory(makeAccessible); // once, however often
     auto native = std::make_shared<WindowNative>(contentRect, style);
     WindowNative::all().push_back(native);
     *this = Bridge::handle<Window>(std::move(native));
@@ -161,7 +172,7 @@ void Window::center() {
 void Window::makeKeyAndOrderFront() {
     auto* widget = native(*this).widget;
     if (widget->focusWidget() == nullptr) {
-        focusCheckedRadioButton(*widget);
+        setInitialFocus(*widget);
     }
     widget->show();
     widget->raise();

@@ -63,8 +63,8 @@ std::optional<std::string> Bundle::bundleIdentifier() const {
     return native(*this).text("CFBundleIdentifier");
 }
 
-std::string Bundle::bundlePath() const {
-    return native(*this).path.string();
+URL Bundle::bundleURL() const {
+    return URL::fileURLWithPath(native(*this).path.string());
 }
 
 std::optional<Value> Bundle::objectForInfoDictionaryKey(const std::string& key) const {

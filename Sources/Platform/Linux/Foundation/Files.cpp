@@ -26,6 +26,14 @@ std::filesystem::path homeFolder() {
     return user ? user->pw_dir : "/";
 }
 
+std::filesystem::path userFolder(const char* variable, const char* nameAtHome) {
+    const char* folder = std::getenv(variable);
+    if (folder && *folder == '/') { // a relative path there counts for nothing
+        return folder;
+    }
+    return homeFolder() / nameAtHome;
+}
+
 std::error_code readAll(int descriptor, std::string& bytes) {
     char buffer[16384];
     while (bytes.size() <= largestFile) {
@@ -57,11 +65,11 @@ std::error_code writeAll(int descriptor, std::string_view bytes) {
 } // namespace
 
 std::filesystem::path configFolder() {
-    const char* folder = std::getenv("XDG_CONFIG_HOME");
-    if (folder && *folder == '/') { // a relative path there counts for nothing
-        return folder;
-    }
-    return homeFolder() / ".config";
+    return userFolder("XDG_CONFIG_HOME", ".config");
+}
+
+std::filesystem::path cacheFolder() {
+    return userFolder("XDG_CACHE_HOME", ".cache");
 }
 
 Descriptor::~Descriptor() {

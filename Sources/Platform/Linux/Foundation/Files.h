@@ -14,6 +14,8 @@ inline constexpr std::size_t largestFile = std::size_t{1} << 20;
 
 /// The folder of the user's settings, from the environment at each call.
 std::filesystem::path configFolder();
+/// The folder of what the user can lose.
+std::filesystem::path cacheFolder();
 
 /// A file descriptor that closes itself.
 class Descriptor {

@@ -12,6 +12,7 @@ namespace {
 
 constexpr int mostContainers = 1000;
 constexpr int mostBinaryNodes = 20000;
+constexpr std::uint64_t mostBinaryText = std::uint64_t{16} << 20; // bytes, counted each time that they are referred to
 constexpr int deepestValue = 100;
 
 /// libplist reads and writes numbers in the locale of the thread, where 1.5 may be "1,5".
@@ -77,8 +78,8 @@ private:
         }
         std::uint64_t at = number(offsets_ + object * offsetSize_, offsetSize_);
         const std::uint64_t marker = number(at++, 1);
-        const bool isDictionary = marker >> 4 == 0xD;
-        if (!isDictionary && marker >> 4 != 0xA && marker >> 4 != 0xC) {
+        const std::uint64_t kind = marker >> 4;
+        if (kind < 0x4 || kind == 0x8) {
             return true;
         }
         std::uint64_t count = marker & 0xF;
@@ -87,7 +88,32 @@ private:
             count = number(at, size);
             at += size;
         }
-        return areTame(at, isDictionary ? 2 * count : count, depth);
+        switch (kind) {
+        case 0xA:
+        case 0xC:
+            return areTame(at, count, depth);
+        case 0xD:
+            return areTame(at, 2 * count, depth);
+        default:
+            return isTextTame(at, count, kind == 0x6 ? 2 : 1);
+        }
+    }
+
+    /// libplist ends the process when a key of UTF-16 has a null in it.
+    bool isTextTame(std::uint64_t at, std::uint64_t count, std::uint64_t width) {
+        if (at > bytes_.size() || count > (bytes_.size() - at) / width) {
+            return true; // it refuses that
+        }
+        text_ += count * width;
+        if (text_ > mostBinaryText) {
+            return false;
+        }
+        for (const auto end = at + count * width; width == 2 && at < end; at += width) {
+            if (number(at, width) == 0) {
+                return false;
+            }
+        }
+        return true;
     }
 
     bool areTame(std::uint64_t references, std::uint64_t count, int depth) {
@@ -104,6 +130,7 @@ private:
     std::uint64_t referenceSize_ = 0;
     std::uint64_t offsets_ = 0;
     int nodes_ = 0;
+    std::uint64_t text_ = 0;
 };
 
 bool isTame(std::string_view bytes) {

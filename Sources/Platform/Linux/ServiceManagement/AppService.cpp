@@ -94,12 +94,14 @@ std::string quotedArgument(std::string_view path) {
     return result + '"';
 }
 
+/// A session passes over it once the program is gone: whoever removes that cannot know of every account's entry.
 std::string entryText(const BundleNative& bundle) {
+    const auto executable = bundle.executable.string();
     return "[Desktop Entry]\n"
            "Type=Application\n"
            "Name=" +
-           escapedValue(bundle.displayName()) + "\nExec=" + escapedValue(quotedArgument(bundle.executable.string())) +
-           "\nX-GNOME-Autostart-enabled=true\n";
+           escapedValue(bundle.displayName()) + "\nExec=" + escapedValue(quotedArgument(executable)) +
+           "\nTryExec=" + escapedValue(executable) + "\nX-GNOME-Autostart-enabled=true\n";
 }
 
 std::error_code replaceFile(const std::filesystem::path& file, std::string_view text) {

@@ -68,7 +68,7 @@ QPoint clickPosition(int x, int y) {
 
 StatusNotifierItem::StatusNotifierItem(StatusItemNative& item, const QString& title, const QDBusConnection& bus,
                                        const SystemTray* tray)
-    : item_(item), title_(title), bus_(bus), appearance_(bus, tray), menu_(item, bus) {
+    : item_(item), title_(title), bus_(bus), appearance_(tray), menu_(item, bus) {
     registerTypes();
     connect(&appearance_, &PanelAppearance::changed, this, &StatusNotifierItem::NewIcon);
     bus_.registerObject(path, this,

@@ -8,8 +8,6 @@
 namespace NS {
 
 static_assert(static_cast<NSUInteger>(BezelStyle::Rounded) == NSBezelStyleRounded);
-static_assert(static_cast<long>(ControlStateValue::Off) == NSControlStateValueOff);
-static_assert(static_cast<long>(ControlStateValue::On) == NSControlStateValueOn);
 
 Button Button::buttonWithTitle(const std::string& title, std::function<void()> action) {
     NSButton* button = [NSButton buttonWithTitle:toNSString(title) target:nil action:nil];

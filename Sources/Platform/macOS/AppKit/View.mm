@@ -4,7 +4,20 @@
 
 #import <AppKit/AppKit.h>
 
+// Every view has it, from a protocol of some hundred members.
+@protocol PlatformAccessibility
+- (void)setAccessibilityTitleUIElement:(nullable id)element;
+@end
+
 namespace NS {
+
+View View::initWithFrame(const Rect& frame) {
+    return handle<View>([[NSView alloc] initWithFrame:toNSRect(frame)]);
+}
+
+void View::addSubview(const View& view) {
+    [object<NSView>(*this) addSubview:object<NSView>(view)];
+}
 
 void View::setTranslatesAutoresizingMaskIntoConstraints(bool translates) {
     [object<NSView>(*this) setTranslatesAutoresizingMaskIntoConstraints:translates];
@@ -12,6 +25,26 @@ void View::setTranslatesAutoresizingMaskIntoConstraints(bool translates) {
 
 bool View::translatesAutoresizingMaskIntoConstraints() const {
     return [object<NSView>(*this) translatesAutoresizingMaskIntoConstraints];
+}
+
+LayoutXAxisAnchor View::leadingAnchor() const {
+    return handle<LayoutXAxisAnchor>([object<NSView>(*this) leadingAnchor]);
+}
+
+LayoutXAxisAnchor View::trailingAnchor() const {
+    return handle<LayoutXAxisAnchor>([object<NSView>(*this) trailingAnchor]);
+}
+
+LayoutXAxisAnchor View::centerXAnchor() const {
+    return handle<LayoutXAxisAnchor>([object<NSView>(*this) centerXAnchor]);
+}
+
+LayoutYAxisAnchor View::topAnchor() const {
+    return handle<LayoutYAxisAnchor>([object<NSView>(*this) topAnchor]);
+}
+
+LayoutYAxisAnchor View::bottomAnchor() const {
+    return handle<LayoutYAxisAnchor>([object<NSView>(*this) bottomAnchor]);
 }
 
 LayoutDimension View::widthAnchor() const {
@@ -24,6 +57,11 @@ LayoutDimension View::heightAnchor() const {
 
 Size View::fittingSize() const {
     return toSize([object<NSView>(*this) fittingSize]);
+}
+
+void View::setAccessibilityTitleUIElement(const View& title) {
+    [static_cast<id<PlatformAccessibility>>(object<NSView>(*this))
+        setAccessibilityTitleUIElement:object<NSView>(title)];
 }
 
 } // namespace NS

@@ -12,8 +12,8 @@ std::optional<std::string> Bundle::bundleIdentifier() const {
     return toOptionalString([object<NSBundle>(*this) bundleIdentifier]);
 }
 
-std::string Bundle::bundlePath() const {
-    return toString([object<NSBundle>(*this) bundlePath]);
+URL Bundle::bundleURL() const {
+    return handle<URL>([object<NSBundle>(*this) bundleURL]);
 }
 
 std::optional<Value> Bundle::objectForInfoDictionaryKey(const std::string& key) const {

@@ -5,11 +5,12 @@
 namespace NS {
 
 Timer Timer::timerWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block) {
+    // What runs is a copy: it may invalidate the timer, which then lets go of its block.
     return handle<Timer>([[NSTimer alloc] initWithFireDate:toNSDate(fireDate)
                                                   interval:interval
                                                    repeats:repeats
                                                      block:^(NSTimer*) {
-                                                         enter(block);
+                                                         enter(std::function(block));
                                                      }]);
 }
 

@@ -6,7 +6,7 @@
 
 #pragma clang assume_nonnull begin
 
-@class NSApplication, NSEvent, NSMenu, NSStatusBarButton, NSView, NSWindow;
+@class NSApplication, NSEvent, NSGridCell, NSMenu, NSStatusBarButton, NSView, NSWindow;
 
 typedef NS_ENUM(NSInteger, NSApplicationActivationPolicy) {
     NSApplicationActivationPolicyRegular,
@@ -74,6 +74,25 @@ typedef NS_ENUM(NSInteger, NSUserInterfaceLayoutOrientation) {
 typedef NS_ENUM(NSInteger, NSLayoutAttribute) {
     NSLayoutAttributeLeading = 5,
     NSLayoutAttributeCenterX = 9,
+};
+
+typedef NS_ENUM(NSInteger, NSGridCellPlacement) {
+    NSGridCellPlacementInherited = 0,
+    NSGridCellPlacementLeading = 2,
+    NSGridCellPlacementTrailing = 3,
+};
+
+typedef NS_ENUM(NSInteger, NSGridRowAlignment) {
+    NSGridRowAlignmentNone = 1,
+    NSGridRowAlignmentFirstBaseline = 2,
+};
+
+typedef NS_ENUM(NSUInteger, NSDatePickerStyle) {
+    NSDatePickerStyleTextFieldAndStepper = 0,
+};
+
+typedef NS_OPTIONS(NSUInteger, NSDatePickerElementFlags) {
+    NSDatePickerElementFlagHourMinute = 0x000c,
 };
 
 typedef NS_ENUM(NSInteger, NSTextAlignment) {
@@ -173,6 +192,17 @@ extern NSNotificationName const NSWorkspaceDidWakeNotification;
 @end
 
 @interface NSLayoutAnchor<AnchorType> : NSObject
+- (NSLayoutConstraint*)constraintEqualToAnchor:(NSLayoutAnchor<AnchorType>*)anchor;
+- (NSLayoutConstraint*)constraintEqualToAnchor:(NSLayoutAnchor<AnchorType>*)anchor constant:(CGFloat)constant;
+- (NSLayoutConstraint*)constraintGreaterThanOrEqualToAnchor:(NSLayoutAnchor<AnchorType>*)anchor
+                                                   constant:(CGFloat)constant;
+- (NSLayoutConstraint*)constraintLessThanOrEqualToAnchor:(NSLayoutAnchor<AnchorType>*)anchor constant:(CGFloat)constant;
+@end
+
+@interface NSLayoutXAxisAnchor : NSLayoutAnchor
+@end
+
+@interface NSLayoutYAxisAnchor : NSLayoutAnchor
 @end
 
 @interface NSLayoutDimension : NSLayoutAnchor
@@ -180,8 +210,15 @@ extern NSNotificationName const NSWorkspaceDidWakeNotification;
 @end
 
 @interface NSView : NSResponder
+- (instancetype)initWithFrame:(NSRect)frame;
+- (void)addSubview:(NSView*)view;
 - (void)setTranslatesAutoresizingMaskIntoConstraints:(BOOL)translates;
 - (BOOL)translatesAutoresizingMaskIntoConstraints;
+- (NSLayoutXAxisAnchor*)leadingAnchor;
+- (NSLayoutXAxisAnchor*)trailingAnchor;
+- (NSLayoutXAxisAnchor*)centerXAnchor;
+- (NSLayoutYAxisAnchor*)topAnchor;
+- (NSLayoutYAxisAnchor*)bottomAnchor;
 - (NSLayoutDimension*)widthAnchor;
 - (NSLayoutDimension*)heightAnchor;
 - (NSSize)fittingSize;
@@ -192,6 +229,8 @@ extern NSNotificationName const NSWorkspaceDidWakeNotification;
 @interface NSControl : NSView
 - (void)setTarget:(nullable id)target;
 - (void)setAction:(nullable SEL)action;
+- (void)setEnabled:(BOOL)enabled;
+- (BOOL)isEnabled;
 - (NSInteger)sendActionOn:(NSEventMask)mask;
 - (void)performClick:(nullable id)sender;
 - (void)setStringValue:(NSString*)text;
@@ -243,6 +282,63 @@ extern NSNotificationName const NSWorkspaceDidWakeNotification;
 - (CGFloat)customSpacingAfterView:(NSView*)view;
 - (void)setEdgeInsets:(NSEdgeInsets)insets;
 - (NSEdgeInsets)edgeInsets;
+@end
+
+@interface NSGridRow : NSObject
+- (NSGridCell*)cellAtIndex:(NSInteger)index;
+- (void)setHidden:(BOOL)hidden;
+- (BOOL)isHidden;
+- (void)mergeCellsInRange:(NSRange)range;
+@end
+
+@interface NSGridColumn : NSObject
+- (void)setXPlacement:(NSGridCellPlacement)placement;
+- (NSGridCellPlacement)xPlacement;
+@end
+
+@interface NSGridCell : NSObject
++ (NSView*)emptyContentView;
+- (nullable NSView*)contentView;
+- (nullable NSGridRow*)row;
+- (void)setXPlacement:(NSGridCellPlacement)placement;
+- (NSGridCellPlacement)xPlacement;
+@end
+
+@interface NSGridView : NSView
++ (instancetype)gridViewWithViews:(NSArray<NSArray<NSView*>*>*)rows;
+- (NSInteger)numberOfRows;
+- (NSInteger)numberOfColumns;
+- (NSGridRow*)rowAtIndex:(NSInteger)index;
+- (NSGridColumn*)columnAtIndex:(NSInteger)index;
+- (nullable NSGridCell*)cellForView:(NSView*)view;
+- (void)setRowSpacing:(CGFloat)spacing;
+- (CGFloat)rowSpacing;
+- (void)setColumnSpacing:(CGFloat)spacing;
+- (CGFloat)columnSpacing;
+- (void)setRowAlignment:(NSGridRowAlignment)alignment;
+- (NSGridRowAlignment)rowAlignment;
+@end
+
+@interface NSSwitch : NSControl
+- (void)setState:(NSControlStateValue)state;
+- (NSControlStateValue)state;
+@end
+
+@interface NSDatePicker : NSControl
+- (void)setDatePickerStyle:(NSDatePickerStyle)style;
+- (NSDatePickerStyle)datePickerStyle;
+- (void)setDatePickerElements:(NSDatePickerElementFlags)elements;
+- (NSDatePickerElementFlags)datePickerElements;
+- (void)setDateValue:(NSDate*)date;
+- (NSDate*)dateValue;
+@end
+
+@interface NSPopUpButton : NSButton
+- (instancetype)initWithFrame:(NSRect)frame pullsDown:(BOOL)pullsDown;
+- (void)addItemsWithTitles:(NSArray<NSString*>*)titles;
+- (NSArray<NSString*>*)itemTitles;
+- (void)selectItemAtIndex:(NSInteger)index;
+- (NSInteger)indexOfSelectedItem;
 @end
 
 @interface NSWindow : NSResponder

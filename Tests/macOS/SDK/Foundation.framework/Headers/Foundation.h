@@ -12,10 +12,12 @@
 
 #pragma clang assume_nonnull begin
 
-@class NSData;
+@class NSData, NSError, NSURL;
 
+typedef NSString* NSFileAttributeKey;
 typedef NSString* NSNotificationName;
 typedef NSString* NSRunLoopMode;
+typedef NSUInteger NSJSONReadingOptions;
 typedef NSUInteger NSStringEncoding;
 typedef double NSTimeInterval;
 
@@ -33,6 +35,15 @@ typedef struct NSEdgeInsets {
     CGFloat bottom;
     CGFloat right;
 } NSEdgeInsets;
+typedef struct _NSRange {
+    NSUInteger location;
+    NSUInteger length;
+} NSRange;
+
+typedef NS_ENUM(NSUInteger, NSURLRequestCachePolicy) {
+    NSURLRequestUseProtocolCachePolicy = 0,
+    NSURLRequestReloadIgnoringLocalCacheData = 1,
+};
 
 typedef NS_OPTIONS(NSUInteger, NSCalendarUnit) {
     NSCalendarUnitHour = 32,
@@ -45,6 +56,7 @@ typedef NS_OPTIONS(NSUInteger, NSCalendarOptions) {
 };
 
 extern "C" {
+extern NSFileAttributeKey const NSFilePosixPermissions;
 extern NSNotificationName const NSSystemClockDidChangeNotification;
 extern NSNotificationName const NSSystemTimeZoneDidChangeNotification;
 extern NSRunLoopMode const NSRunLoopCommonModes;
@@ -56,6 +68,10 @@ void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
 - (nullable instancetype)initWithData:(NSData*)data encoding:(NSStringEncoding)encoding;
 - (BOOL)isEqualToString:(NSString*)other;
 - (nullable NSData*)dataUsingEncoding:(NSStringEncoding)encoding allowLossyConversion:(BOOL)lossy;
+- (BOOL)writeToURL:(NSURL*)url
+        atomically:(BOOL)atomically
+          encoding:(NSStringEncoding)encoding
+             error:(NSError* _Nullable __autoreleasing* _Nullable)error;
 @end
 
 @interface NSData : NSObject
@@ -67,6 +83,7 @@ void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
 
 @interface NSNumber : NSValue
 + (NSNumber*)numberWithBool:(BOOL)value;
++ (NSNumber*)numberWithUnsignedInt:(unsigned int)value;
 + (NSNumber*)numberWithLongLong:(long long)value;
 + (NSNumber*)numberWithDouble:(double)value;
 - (BOOL)boolValue;
@@ -85,6 +102,7 @@ void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
 @end
 
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject
+- (nullable NSDictionary<KeyType, ObjectType>*)initWithContentsOfURL:(NSURL*)url;
 - (NSArray<KeyType>*)allKeys;
 - (nullable id)objectForKey:(id)key;
 @end
@@ -156,7 +174,7 @@ void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
 @interface NSBundle : NSObject
 + (NSBundle*)mainBundle;
 - (nullable NSString*)bundleIdentifier;
-- (NSString*)bundlePath;
+- (NSURL*)bundleURL;
 - (nullable id)objectForInfoDictionaryKey:(NSString*)key;
 @end
 
@@ -176,6 +194,102 @@ void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
                         usingBlock:(void (^)(NSNotification* notification))block;
 - (void)removeObserver:(id)observer;
 - (void)postNotificationName:(NSNotificationName)name object:(nullable id)object;
+@end
+
+@interface NSURL : NSObject
++ (nullable instancetype)URLWithString:(NSString*)text;
++ (NSURL*)fileURLWithPath:(NSString*)path;
+- (nullable NSString*)absoluteString;
+- (nullable NSString*)scheme;
+- (nullable NSString*)path;
+- (nullable NSString*)pathExtension;
+- (nullable NSURL*)URLByAppendingPathComponent:(NSString*)component;
+- (nullable NSURL*)URLByDeletingLastPathComponent;
+@end
+
+@interface NSURLRequest : NSObject
++ (instancetype)requestWithURL:(NSURL*)url
+                   cachePolicy:(NSURLRequestCachePolicy)cachePolicy
+               timeoutInterval:(NSTimeInterval)timeoutInterval;
+@end
+
+@interface NSURLResponse : NSObject
+@end
+
+@interface NSHTTPURLResponse : NSURLResponse
+- (NSInteger)statusCode;
+@end
+
+@interface NSURLSessionTask : NSObject
+- (void)resume;
+@end
+
+@interface NSURLSessionDataTask : NSURLSessionTask
+@end
+
+@interface NSURLSessionDownloadTask : NSURLSessionTask
+@end
+
+@interface NSURLSession : NSObject
++ (NSURLSession*)sharedSession;
+- (NSURLSessionDataTask*)dataTaskWithRequest:(NSURLRequest*)request
+                           completionHandler:(void (^)(NSData* _Nullable data, NSURLResponse* _Nullable response,
+                                                       NSError* _Nullable error))handler;
+- (NSURLSessionDownloadTask*)downloadTaskWithRequest:(NSURLRequest*)request
+                                   completionHandler:(void (^)(NSURL* _Nullable location,
+                                                               NSURLResponse* _Nullable response,
+                                                               NSError* _Nullable error))handler;
+@end
+
+@interface NSJSONSerialization : NSObject
++ (nullable id)JSONObjectWithData:(NSData*)data
+                          options:(NSJSONReadingOptions)options
+                            error:(NSError* _Nullable __autoreleasing* _Nullable)error;
+@end
+
+@interface NSFileManager : NSObject
++ (NSFileManager*)defaultManager;
+- (NSURL*)temporaryDirectory;
+- (BOOL)fileExistsAtPath:(NSString*)path;
+- (BOOL)isWritableFileAtPath:(NSString*)path;
+- (nullable NSString*)destinationOfSymbolicLinkAtPath:(NSString*)path
+                                                error:(NSError* _Nullable __autoreleasing* _Nullable)error;
+- (BOOL)removeItemAtURL:(NSURL*)url error:(NSError* _Nullable __autoreleasing* _Nullable)error;
+- (BOOL)moveItemAtURL:(NSURL*)source
+                toURL:(NSURL*)destination
+                error:(NSError* _Nullable __autoreleasing* _Nullable)error;
+- (BOOL)createDirectoryAtURL:(NSURL*)url
+    withIntermediateDirectories:(BOOL)withIntermediateDirectories
+                     attributes:(nullable NSDictionary<NSFileAttributeKey, id>*)attributes
+                          error:(NSError* _Nullable __autoreleasing* _Nullable)error;
+- (BOOL)setAttributes:(NSDictionary<NSFileAttributeKey, id>*)attributes
+         ofItemAtPath:(NSString*)path
+                error:(NSError* _Nullable __autoreleasing* _Nullable)error;
+@end
+
+@interface NSProcessInfo : NSObject
++ (NSProcessInfo*)processInfo;
+- (NSDictionary<NSString*, NSString*>*)environment;
+- (int)processIdentifier;
+@end
+
+@interface NSUUID : NSObject
++ (instancetype)UUID;
+- (NSString*)UUIDString;
+@end
+
+@interface NSFileHandle : NSObject
++ (NSFileHandle*)fileHandleWithNullDevice;
+@end
+
+@interface NSTask : NSObject
+- (void)setExecutableURL:(nullable NSURL*)url;
+- (void)setArguments:(nullable NSArray<NSString*>*)arguments;
+- (void)setStandardOutput:(nullable id)output;
+- (void)setStandardError:(nullable id)error;
+- (BOOL)launchAndReturnError:(NSError* _Nullable __autoreleasing* _Nullable)error;
+- (void)waitUntilExit;
+- (int)terminationStatus;
 @end
 
 @interface NSUserDefaults : NSObject

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Platform/Foundation/Value.h"
+
+#include <optional>
+#include <string>
+
+/// JSON (NSJSONSerialization). Safe from any thread.
+namespace NS::JSONSerialization {
+
+/// The object or array that the text is; nothing when it is not well-formed JSON, or nested beyond reason. JSON's null
+/// reads as `Value::Other`.
+std::optional<Value> JSONObjectWithData(const std::string& data);
+
+} // namespace NS::JSONSerialization

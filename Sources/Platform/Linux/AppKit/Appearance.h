@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QObject>
+#include <memory>
+
+namespace NS {
+
+/// Light or dark, as far as the user has said.
+enum class ColorScheme { NoPreference, Dark, Light };
+
+/// Colours everything the application shows: as the desktop would, or the other way round where that is not what the
+/// user prefers.
+void applyColorScheme(ColorScheme scheme);
+
+/// Applies what the session says the user prefers, now and at each change, as long as the result lives. Null where no
+/// session says anything.
+std::unique_ptr<QObject> followColorScheme();
+
+/// What the application's colours are like now.
+bool isDark();
+
+} // namespace NS

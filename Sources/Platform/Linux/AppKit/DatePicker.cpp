@@ -1,0 +1,101 @@
+#include "Platform/AppKit/DatePicker.h"
+
+#include "Platform/Foundation/Calendar.h"
+#include "Platform/Linux/AppKit/ViewNative.h"
+
+#include <QLocale>
+#include <QRegularExpression>
+#include <QSignalBlocker>
+#include <QStyle>
+#include <QStyleOptionSpinBox>
+#include <QTimeEdit>
+
+namespace NS {
+
+namespace {
+
+/// How the user's region writes hours and minutes. Some write seconds too.
+QString hoursAndMinutes() {
+    static const QRegularExpression seconds(QStringLiteral("[^A-Za-z']?s+(\\.z+)?"));
+    return QLocale().timeFormat(QLocale::ShortFormat).remove(seconds);
+}
+
+class TimeEdit final : public QTimeEdit {
+public:
+    TimeEdit() {
+        setDisplayFormat(hoursAndMinutes());
+        setWrapping(true);
+        setKeyboardTracking(false); // half a typed number is no time
+    }
+
+    int textBaseline() const {
+        QStyleOptionSpinBox option;
+        initStyleOption(&option);
+        option.rect = QRect(QPoint(), sizeHint());
+        const QRect text = style()->subControlRect(QStyle::CC_SpinBox, &option, QStyle::SC_SpinBoxEditField, this);
+        return text.top() + (text.height() - fontMetrics().height() + 1) / 2 + fontMetrics().ascent();
+    }
+};
+
+struct DatePickerNative : ViewNative {
+    explicit DatePickerNative(TimeEdit* edit) : ViewNative(edit), edit(edit) {
+        QObject::connect(edit, &QTimeEdit::userTimeChanged, edit, [this](QTime time) { pick(time); });
+    }
+
+    int firstBaseline() const override { return edit->textBaseline(); }
+
+    void setDate(const Date& newDate) {
+        date = newDate;
+        const auto time = Calendar::currentCalendar().hourAndMinuteOfDate(date);
+        const QSignalBlocker quietly(edit.data());
+        edit->setTime(QTime(static_cast<int>(time.hour.value_or(0)), static_cast<int>(time.minute.value_or(0))));
+    }
+
+    QPointer<TimeEdit> edit;
+    DatePickerStyle style = DatePickerStyle::TextFieldAndStepper;
+    DatePickerElementFlags elements = DatePickerElementFlags::HourMinute;
+    Date date = Date::date();
+
+private:
+    // A time that the clock skips that day gives another one, which then shows.
+    void pick(QTime time) {
+        setDate(Calendar::currentCalendar().dateBySettingHour(time.hour(), time.minute(), 0, date).value_or(date));
+        sendAction();
+    }
+};
+
+DatePickerNative& native(const DatePicker& picker) {
+    return Bridge::native<DatePickerNative>(picker);
+}
+
+} // namespace
+
+DatePicker DatePicker::initWithFrame(const Rect&) {
+    return Bridge::handle<DatePicker>(std::make_shared<DatePickerNative>(new TimeEdit));
+}
+
+void DatePicker::setDatePickerStyle(DatePickerStyle style) {
+    native(*this).style = style;
+}
+
+DatePickerStyle DatePicker::datePickerStyle() const {
+    return native(*this).style;
+}
+
+void DatePicker::setDatePickerElements(DatePickerElementFlags elements) {
+    native(*this).elements = elements;
+}
+
+DatePickerElementFlags DatePicker::datePickerElements() const {
+    return native(*this).elements;
+}
+
+void DatePicker::setDateValue(const Date& date) {
+    native(*this).setDate(date);
+}
+
+Date DatePicker::dateValue() const {
+    return native(*this).date;
+}
+
+} // namespace NS

@@ -1,0 +1,67 @@
+#include "Platform/AppKit/PopUpButton.h"
+
+#include "Platform/Linux/AppKit/ViewNative.h"
+
+#include <QComboBox>
+#include <QStyle>
+#include <QStyleOptionComboBox>
+
+namespace NS {
+
+namespace {
+
+class PopUp final : public QComboBox {
+public:
+    int textBaseline() const {
+        QStyleOptionComboBox option;
+        initStyleOption(&option);
+        option.rect = QRect(QPoint(), sizeHint());
+        const QRect text = style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
+        return text.top() + (text.height() - fontMetrics().height()) / 2 + fontMetrics().ascent();
+    }
+};
+
+struct PopUpButtonNative : ViewNative {
+    explicit PopUpButtonNative(PopUp* box) : ViewNative(box), box(box) {
+        QObject::connect(box, &QComboBox::activated, box, [this] { sendAction(); });
+    }
+
+    int firstBaseline() const override { return box->textBaseline(); }
+
+    QPointer<PopUp> box;
+};
+
+PopUpButtonNative& native(const PopUpButton& button) {
+    return Bridge::native<PopUpButtonNative>(button);
+}
+
+} // namespace
+
+PopUpButton PopUpButton::initWithFrame(const Rect&, bool) {
+    return Bridge::handle<PopUpButton>(std::make_shared<PopUpButtonNative>(new PopUp));
+}
+
+void PopUpButton::addItemsWithTitles(const std::vector<std::string>& titles) {
+    for (const auto& title : titles) {
+        native(*this).box->addItem(QString::fromStdString(title));
+    }
+}
+
+std::vector<std::string> PopUpButton::itemTitles() const {
+    const auto& box = *native(*this).box;
+    std::vector<std::string> titles;
+    for (int index = 0; index < box.count(); ++index) {
+        titles.push_back(box.itemText(index).toStdString());
+    }
+    return titles;
+}
+
+void PopUpButton::selectItemAtIndex(long index) {
+    native(*this).box->setCurrentIndex(static_cast<int>(index));
+}
+
+long PopUpButton::indexOfSelectedItem() const {
+    return native(*this).box->currentIndex();
+}
+
+} // namespace NS

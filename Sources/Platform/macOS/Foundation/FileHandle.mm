@@ -1,0 +1,11 @@
+#include "Platform/Foundation/FileHandle.h"
+
+#include "Platform/macOS/Conversions.h"
+
+namespace NS {
+
+FileHandle FileHandle::fileHandleWithNullDevice() {
+    return handle<FileHandle>([NSFileHandle fileHandleWithNullDevice]);
+}
+
+} // namespace NS

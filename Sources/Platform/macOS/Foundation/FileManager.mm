@@ -1,0 +1,50 @@
+#include "Platform/Foundation/FileManager.h"
+
+#include "Platform/macOS/Conversions.h"
+
+namespace NS {
+
+FileManager FileManager::defaultManager() {
+    return handle<FileManager>([NSFileManager defaultManager]);
+}
+
+URL FileManager::temporaryDirectory() const {
+    return handle<URL>([object<NSFileManager>(*this) temporaryDirectory]);
+}
+
+bool FileManager::fileExistsAtPath(const std::string& path) const {
+    return [object<NSFileManager>(*this) fileExistsAtPath:toNSString(path)];
+}
+
+bool FileManager::isWritableFileAtPath(const std::string& path) const {
+    return [object<NSFileManager>(*this) isWritableFileAtPath:toNSString(path)];
+}
+
+std::optional<std::string> FileManager::destinationOfSymbolicLinkAtPath(const std::string& path) const {
+    return toOptionalString([object<NSFileManager>(*this) destinationOfSymbolicLinkAtPath:toNSString(path) error:nil]);
+}
+
+bool FileManager::removeItemAtURL(const URL& url) const {
+    return [object<NSFileManager>(*this) removeItemAtURL:object<NSURL>(url) error:nil];
+}
+
+bool FileManager::moveItemAtURL(const URL& source, const URL& destination) const {
+    return [object<NSFileManager>(*this) moveItemAtURL:object<NSURL>(source)
+                                                 toURL:object<NSURL>(destination)
+                                                 error:nil];
+}
+
+bool FileManager::createDirectoryAtURL(const URL& url, bool withIntermediateDirectories) const {
+    return [object<NSFileManager>(*this) createDirectoryAtURL:object<NSURL>(url)
+                                  withIntermediateDirectories:withIntermediateDirectories
+                                                   attributes:nil
+                                                        error:nil];
+}
+
+bool FileManager::setPosixPermissions(unsigned permissions, const std::string& path) const {
+    NSMutableDictionary<NSFileAttributeKey, id>* attributes = [NSMutableDictionary dictionaryWithCapacity:1];
+    [attributes setObject:[NSNumber numberWithUnsignedInt:permissions] forKey:NSFilePosixPermissions];
+    return [object<NSFileManager>(*this) setAttributes:attributes ofItemAtPath:toNSString(path) error:nil];
+}
+
+} // namespace NS
