@@ -139,7 +139,7 @@ HTTPServer::~HTTPServer() {
         const std::lock_guard guard(mutex_);
         stopped_ = true;
     }
-    stopping_.notify_all();
+    changed_.notify_all();
     shutdown(listener_, SHUT_RDWR);
     for (auto& thread : threads_) {
         thread.join();
@@ -154,6 +154,14 @@ void HTTPServer::answer(const std::string& path, const Answer& answer) {
 void HTTPServer::answer(const std::string& path, std::vector<Piece> pieces) {
     const std::lock_guard guard(mutex_);
     answers_[path] = std::move(pieces);
+}
+
+void HTTPServer::release() {
+    {
+        const std::lock_guard guard(mutex_);
+        released_ = true;
+    }
+    changed_.notify_all();
 }
 
 std::string HTTPServer::url(const std::string& path) const {
@@ -211,7 +219,8 @@ std::vector<HTTPServer::Piece> HTTPServer::piecesFor(const Request& request) {
 
 bool HTTPServer::isStoppedAfter(std::chrono::milliseconds delay) {
     std::unique_lock lock(mutex_);
-    return stopping_.wait_for(lock, delay, [this] { return stopped_; });
+    changed_.wait_for(lock, delay, [this] { return stopped_ || released_; });
+    return stopped_;
 }
 
 } // namespace Seam

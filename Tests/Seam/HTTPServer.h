@@ -62,6 +62,9 @@ public:
     /// For what a whole and prompt answer cannot be: after the last piece the connection is cut.
     void answer(const std::string& path, std::vector<Piece> pieces);
 
+    /// Lets what waits for its time go out, and from now on everything at once.
+    void release();
+
     /// Where the path is reached, from "http://" or "https://" on.
     std::string url(const std::string& path = "") const;
     /// What it was asked, in this order.
@@ -83,8 +86,9 @@ private:
     std::unique_ptr<ssl_ctx_st, void (*)(ssl_ctx_st*)> tls_;
 
     mutable std::mutex mutex_;
-    std::condition_variable stopping_;
+    std::condition_variable changed_;
     bool stopped_ = false;
+    bool released_ = false;
     int connections_ = 0;
     std::map<std::string, std::vector<Piece>> answers_;
     std::vector<Request> requests_;

@@ -48,7 +48,7 @@ struct LongRunTest : UpdaterTest {
         for (int round = 0; round < 5; ++round) {
             QCoreApplication::processEvents();
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-            ASSERT_TRUE(NS::waitForWorkers(10s));
+            ASSERT_TRUE(NS::waitForWorkers(30s));
         }
     }
 

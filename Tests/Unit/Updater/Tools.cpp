@@ -40,13 +40,18 @@ fs::path record() {
 } // namespace
 
 bool isolate(const fs::path& scratch) {
-    fs::create_directories(scratch / "upper");
-    fs::create_directories(scratch / "work");
+    fs::create_directories(scratch);
+    // In memory, for in a container the folder may be on an overlay itself, where another cannot put its own.
+    if (!unshareMounts() || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("tmpfs", scratch.c_str(), "tmpfs", 0, "mode=700") != 0) {
+        return false;
+    }
+    fs::create_directory(scratch / "upper");
+    fs::create_directory(scratch / "work");
     setenv("TOOLS_RECORD", (scratch / "runs").c_str(), 1);
     const auto options =
         "lowerdir=/usr/bin,upperdir=" + (scratch / "upper").string() + ",workdir=" + (scratch / "work").string();
-    return unshareMounts() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           mount("overlay", "/usr/bin", "overlay", 0, options.c_str()) == 0;
+    return mount("overlay", "/usr/bin", "overlay", 0, options.c_str()) == 0;
 }
 
 void install(const std::string& name, const std::string& script) {

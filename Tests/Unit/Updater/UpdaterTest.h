@@ -71,7 +71,7 @@ inline Names namesIn(const fs::path& folder) {
 }
 
 template <class Condition>
-bool becomesTrue(const Condition& condition, std::chrono::seconds patience = 5s) {
+bool becomesTrue(const Condition& condition, std::chrono::seconds patience = 30s) {
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > deadline) {
