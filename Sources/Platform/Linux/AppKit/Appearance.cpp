@@ -7,12 +7,6 @@ namespace NS {
 
 namespace {
 
-// Opaque: the style sets opacities of its own.
-QColor between(const QColor& text, const QColor& ground) {
-    const auto mixed = [](int a, int b) { return (2 * a + 3 * b) / 5; };
-    return {mixed(text.red(), ground.red()), mixed(text.green(), ground.green()), mixed(text.blue(), ground.blue())};
-}
-
 QPalette palette(const QColor& button, const QColor& window, const QColor& base, const QColor& text) {
     QPalette palette(button, window); // the shades in between follow from these
     palette.setColor(QPalette::Base, base);
@@ -20,7 +14,7 @@ QPalette palette(const QColor& button, const QColor& window, const QColor& base,
     palette.setColor(QPalette::ToolTipBase, window);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
         palette.setColor(role, text);
-        palette.setColor(QPalette::Disabled, role, between(text, window));
+        palette.setColor(QPalette::Disabled, role, mixed(text, window, 0.6));
     }
     palette.setColor(QPalette::Highlight, QColor(0x30, 0x8c, 0xc6));
     palette.setColor(QPalette::HighlightedText, Qt::white);
@@ -37,6 +31,11 @@ QPalette lightPalette() {
 }
 
 } // namespace
+
+QColor mixed(const QColor& a, const QColor& b, double shareOfB) {
+    const auto mix = [shareOfB](int x, int y) { return static_cast<int>(x + (y - x) * shareOfB); };
+    return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
+}
 
 bool isDark() {
     return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;

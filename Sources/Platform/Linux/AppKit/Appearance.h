@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QObject>
 #include <memory>
 
@@ -18,5 +19,8 @@ std::unique_ptr<QObject> followColorScheme();
 
 /// What the application's colours are like now.
 bool isDark();
+
+/// Opaque, for styles set opacities of their own.
+QColor mixed(const QColor& a, const QColor& b, double shareOfB);
 
 } // namespace NS

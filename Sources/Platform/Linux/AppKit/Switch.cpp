@@ -1,5 +1,6 @@
 #include "Platform/AppKit/Switch.h"
 
+#include "Platform/Linux/AppKit/Appearance.h"
 #include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <QCheckBox>
@@ -16,11 +17,6 @@ constexpr int ringRoom = 3;
 constexpr double ringWidth = 2;
 constexpr double knobGap = 2;
 constexpr double disabledOpacity = 0.4;
-
-QColor mixed(const QColor& a, const QColor& b, double shareOfB) {
-    const auto mix = [shareOfB](int x, int y) { return static_cast<int>(x + (y - x) * shareOfB); };
-    return {mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue())};
-}
 
 /// A check box in all but its looks, so keyboard and screen readers know it.
 class SwitchWidget final : public QCheckBox {

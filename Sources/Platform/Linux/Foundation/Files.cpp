@@ -34,6 +34,22 @@ std::filesystem::path userFolder(const char* variable, const char* nameAtHome) {
     return homeFolder() / nameAtHome;
 }
 
+} // namespace
+
+std::filesystem::path configFolder() {
+    return userFolder("XDG_CONFIG_HOME", ".config");
+}
+
+std::filesystem::path cacheFolder() {
+    return userFolder("XDG_CACHE_HOME", ".cache");
+}
+
+Descriptor::~Descriptor() {
+    if (number_ >= 0) {
+        close(number_);
+    }
+}
+
 std::error_code readAll(int descriptor, std::string& bytes) {
     char buffer[16384];
     while (bytes.size() <= largestFile) {
@@ -60,22 +76,6 @@ std::error_code writeAll(int descriptor, std::string_view bytes) {
         }
     }
     return {};
-}
-
-} // namespace
-
-std::filesystem::path configFolder() {
-    return userFolder("XDG_CONFIG_HOME", ".config");
-}
-
-std::filesystem::path cacheFolder() {
-    return userFolder("XDG_CACHE_HOME", ".cache");
-}
-
-Descriptor::~Descriptor() {
-    if (number_ >= 0) {
-        close(number_);
-    }
 }
 
 std::error_code readFile(const std::filesystem::path& file, std::string& bytes) {

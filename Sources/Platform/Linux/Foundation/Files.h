@@ -32,6 +32,10 @@ private:
     int number_;
 };
 
+/// Reads to the end. More than `largestFile` is `file_too_large`.
+std::error_code readAll(int descriptor, std::string& bytes);
+std::error_code writeAll(int descriptor, std::string_view bytes);
+
 /// Reads a regular file into `bytes`. Larger than `largestFile` is `file_too_large`, another kind of file
 /// `invalid_argument`.
 std::error_code readFile(const std::filesystem::path& file, std::string& bytes);

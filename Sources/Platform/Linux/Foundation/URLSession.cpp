@@ -44,8 +44,7 @@ std::string transferProgram() {
 /// What the program reads as its request, or writes its status to. In memory.
 Descriptor makeNote(std::string_view text) {
     Descriptor note(memfd_create("note", MFD_CLOEXEC));
-    const bool isWritten = write(note.number(), text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
-                           lseek(note.number(), 0, SEEK_SET) == 0;
+    const bool isWritten = !writeAll(note.number(), text) && lseek(note.number(), 0, SEEK_SET) == 0;
     return isWritten ? std::move(note) : Descriptor();
 }
 
@@ -140,17 +139,7 @@ public:
 
     explicit operator bool() const { return descriptor_ >= 0; }
 
-    bool write(std::string_view bytes) {
-        while (!bytes.empty()) {
-            const ssize_t count = ::write(descriptor_, bytes.data(), bytes.size());
-            if (count >= 0) {
-                bytes.remove_prefix(static_cast<std::size_t>(count));
-            } else if (errno != EINTR) {
-                return false;
-            }
-        }
-        return true;
-    }
+    bool write(std::string_view bytes) { return !writeAll(descriptor_, bytes); }
 
     /// Nothing when what was written does not reach the file after all.
     std::optional<URL> keep() {

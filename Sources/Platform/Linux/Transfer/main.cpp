@@ -3,8 +3,9 @@
 // address on one line and the patience in seconds on the next; the body goes to standard output, and at the end the
 // status to descriptor 3. The exit status says whether the answer came whole.
 
+#include "Platform/Linux/Foundation/Files.h"
+
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <csignal>
@@ -31,33 +32,12 @@ struct Request {
     std::chrono::duration<double> patience;
 };
 
-std::string readAll(int descriptor) {
-    std::string text;
-    char piece[4096];
-    ssize_t count = 0;
-    while ((count = read(descriptor, piece, sizeof piece)) > 0) {
-        text.append(piece, static_cast<std::size_t>(count));
-    }
-    return text;
-}
-
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = write(descriptor, bytes.data(), bytes.size());
-        if (count >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
-            return false;
-        }
-    }
-    return true;
-}
-
 std::optional<Request> readRequest() {
-    const auto text = readAll(STDIN_FILENO);
+    std::string text;
+    const auto error = NS::readAll(STDIN_FILENO, text);
     const auto lineEnd = text.find('\n');
     double seconds = 0;
-    if (lineEnd == text.npos ||
+    if (error || lineEnd == text.npos ||
         std::from_chars(text.data() + lineEnd + 1, text.data() + text.size(), seconds).ec != std::errc()) {
         return std::nullopt;
     }
@@ -154,7 +134,7 @@ private:
     }
 
     static std::size_t didReceive(const char* bytes, std::size_t, std::size_t count, void*) {
-        return writeAll(STDOUT_FILENO, {bytes, count}) ? count : 0;
+        return NS::writeAll(STDOUT_FILENO, {bytes, count}) ? 0 : count;
     }
 
     const std::chrono::duration<double> patience_;
@@ -173,6 +153,6 @@ int main() {
         return EXIT_FAILURE;
     }
     const auto status = Transfer(*request).run();
-    const bool isAnswered = status && writeAll(statusDescriptor, std::to_string(*status));
+    const bool isAnswered = status && !NS::writeAll(statusDescriptor, std::to_string(*status));
     std::_Exit(isAnswered ? EXIT_SUCCESS : EXIT_FAILURE); // without waiting for a name server that does not answer
 }
