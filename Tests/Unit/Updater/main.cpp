@@ -40,25 +40,29 @@ void prepareAccount(const fs::path& home) {
     unsetenv("DBUS_SESSION_BUS_ADDRESS");
 }
 
+[[noreturn]] void becomeProgramInBundle(const fs::path& home, char** argv) {
+    if (!Tools::isolate(home / "tools")) {
+        std::perror("no private /usr/bin for the tests");
+        std::_Exit(EXIT_FAILURE);
+    }
+    prepareAccount(home);
+    const auto executable = makeBundle(home);
+    setenv("UPDATER_TESTS_HOME", home.c_str(), 1);
+    execv(executable.c_str(), argv);
+    std::_Exit(EXIT_FAILURE);
+}
+
 int runInBundle(char** argv) {
     std::string pattern = (fs::temp_directory_path() / "updater-tests-XXXXXX").string();
     const fs::path home = mkdtemp(pattern.data());
-    int status = EXIT_FAILURE;
-    if (!Tools::isolate(home / "tools")) {
-        std::perror("no private /usr/bin for the tests");
-    } else if (const pid_t child = fork(); child == 0) {
-        prepareAccount(home);
-        const auto executable = makeBundle(home);
-        setenv("UPDATER_TESTS_HOME", home.c_str(), 1);
-        execv(executable.c_str(), argv);
-        _exit(EXIT_FAILURE);
-    } else {
-        waitpid(child, &status, 0);
-        status = WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_FAILURE;
+    const pid_t child = fork();
+    if (child == 0) {
+        becomeProgramInBundle(home, argv);
     }
-    std::error_code ignored;
-    fs::remove_all(home, ignored);
-    return status;
+    int status = EXIT_FAILURE;
+    waitpid(child, &status, 0);
+    fs::remove_all(home); // where nothing is mounted: that was in the child's namespace
+    return WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_FAILURE;
 }
 
 } // namespace
