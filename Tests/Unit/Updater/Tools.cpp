@@ -1,37 +1,18 @@
 #include "Tools.h"
 
+#include "Seam/Mounts.h"
+
 #include <cstdlib>
-#include <fcntl.h>
 #include <fstream>
-#include <iterator>
-#include <sched.h>
 #include <sstream>
 #include <string>
 #include <sys/mount.h>
-#include <unistd.h>
 
 namespace Tools {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-bool write(const char* file, const std::string& text) {
-    std::ofstream stream(file);
-    stream << text << std::flush;
-    return stream.good();
-}
-
-// Mounting takes root's rights; a namespace of users gives them to everybody, over this process only.
-bool unshareMounts() {
-    if (geteuid() == 0) {
-        return unshare(CLONE_NEWNS) == 0;
-    }
-    const auto user = std::to_string(geteuid());
-    const auto group = std::to_string(getegid());
-    return unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && write("/proc/self/setgroups", "deny") &&
-           write("/proc/self/uid_map", "0 " + user + " 1") && write("/proc/self/gid_map", "0 " + group + " 1");
-}
 
 fs::path record() {
     return std::getenv("TOOLS_RECORD");
@@ -42,8 +23,7 @@ fs::path record() {
 bool isolate(const fs::path& scratch) {
     fs::create_directories(scratch);
     // In memory, for in a container the folder may be on an overlay itself, where another cannot put its own.
-    if (!unshareMounts() || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-        mount("tmpfs", scratch.c_str(), "tmpfs", 0, "mode=700") != 0) {
+    if (!Seam::ownMounts() || mount("tmpfs", scratch.c_str(), "tmpfs", 0, "mode=700") != 0) {
         return false;
     }
     fs::create_directory(scratch / "upper");
