@@ -151,6 +151,13 @@ TEST(UpdaterManifest, ReadsEveryField) {
     EXPECT_EQ(release->notes, (std::map<std::string, std::string>{{"en", "Better"}, {"pt-BR", "Melhor"}}));
 }
 
+TEST(UpdaterManifest, MoreThanAMebibyteIsLeftUnread) {
+    auto text = latest(required);
+    text.resize(std::size_t{1} << 20, ' ');
+    EXPECT_TRUE(Updater::parseManifest(text));
+    EXPECT_FALSE(Updater::parseManifest(text + " "));
+}
+
 TEST(UpdaterManifest, SizeAndNotesMayBeMissing) {
     const auto release = Updater::parseManifest(latest(required));
     ASSERT_TRUE(release);

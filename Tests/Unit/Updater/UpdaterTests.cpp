@@ -1,6 +1,7 @@
 #include "UpdaterTest.h"
 
 #include "Platform/Linux/Dispatch/DispatchQueueNative.h"
+#include "Platform/Linux/Foundation/TimerNative.h"
 #include "Seam/Clock.h"
 
 #include <QCoreApplication>
@@ -46,6 +47,15 @@ TEST_F(UpdaterScheduleTest, TheFirstCheckComesAfterTwelveSecondsAndThenOneEachDa
     EXPECT_EQ(paths().size(), 2U);
     runUntil(2 * day);
     EXPECT_EQ(paths().size(), 3U);
+}
+
+TEST_F(UpdaterScheduleTest, TheDailyCheckMayBeAnHourLate) {
+    Updater::start();
+    const auto& timers = NS::TimerNative::scheduled();
+    const auto daily = std::ranges::find(timers, true, [](const auto& timer) { return timer->repeats; });
+    ASSERT_NE(daily, timers.end());
+    EXPECT_EQ((*daily)->tolerance, 3600);
+    EXPECT_EQ((*daily)->interval, day);
 }
 
 TEST_F(UpdaterScheduleTest, StartingTwiceLeavesOneDailyTimerAndASecondFirstCheck) {
