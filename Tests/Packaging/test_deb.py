@@ -20,7 +20,9 @@ PROGRAM = "usr/lib/vantorel/Vantorel.app/Contents/MacOS/Vantorel"
 
 
 def run(*command, **options):
-    return subprocess.run(command, check=True, capture_output=True, text=True, **options).stdout
+    done = subprocess.run(command, capture_output=True, text=True, **options)
+    assert done.returncode == 0, done.stdout + done.stderr
+    return done.stdout
 
 
 class Package(unittest.TestCase):
