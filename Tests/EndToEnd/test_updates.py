@@ -118,7 +118,7 @@ class Updates(UpdateTest):
         machine.hook("hdiutil-detach", "exit 1")
         self.offer()
         self.check()
-        wait_for(lambda: (machine.folder / "started").exists(), 30, "the new version to start")
+        wait_for(machine.versions_started, 30, "the new version to start")
         wait_for(lambda: machine.left() == ["Vantorel-mount-*"], 10, "the script to clean up")
         self.assertEqual(machine.version_installed(), "1.1.0")
 
