@@ -61,7 +61,8 @@ int runInBundle(char** argv) {
     }
     int status = EXIT_FAILURE;
     waitpid(child, &status, 0);
-    fs::remove_all(home); // where nothing is mounted: that was in the child's namespace
+    std::error_code ignored; // a helper may still be about
+    fs::remove_all(home, ignored);
     return WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_FAILURE;
 }
 
