@@ -153,7 +153,7 @@ class Menu(Tray):
         self.open_menu()
         self.desktop.xdotool("key", "ctrl+q")
         self.assertEqual(self.desktop.app_process.wait(5), 0)
-        wait_for(lambda: not self.inhibitors())
+        wait_for(lambda: not self.inhibitors(), 1)
 
     def test_a_termination_signal_while_it_is_open_quits_in_order(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
@@ -162,7 +162,7 @@ class Menu(Tray):
                 self.wait_until_on()
                 self.open_menu()
                 self.assertEqual(self.desktop.end(number), 0)
-                wait_for(lambda: not self.inhibitors())
+                wait_for(lambda: not self.inhibitors(), 1)
                 self.desktop.start()
                 self.desktop.cup_geometry()
 

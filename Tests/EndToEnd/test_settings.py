@@ -340,7 +340,7 @@ class Updates(Settings):
         self.open()
         self.click(UPDATES)
         self.expect_stored(autoUpdate=True)
-        wait_for(lambda: server.requests)
+        wait_for(lambda: server.requests, 3)
         time.sleep(1)
         self.click(UPDATES)
         self.expect_stored(autoUpdate=False)

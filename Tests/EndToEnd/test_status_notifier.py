@@ -237,7 +237,7 @@ class Menu(OnPanel):
         self.host.menu_lines()
         self.host.choose(QUIT)
         self.assertEqual(self.desktop.app_process.wait(5), 0)
-        wait_for(self.is_off)
+        wait_for(self.is_off, 1)
         self.host.wait_for_items(0)
 
 

@@ -38,7 +38,7 @@ class Switch(UpdateTest):
         self.server.answers[MANIFEST] = answer(404)
         self.open_settings()
         self.turn(on=True)
-        wait_for(lambda: self.server.requests, what="a request")
+        wait_for(lambda: self.server.requests, 2, "a request")
         self.assertLess(time.monotonic() - self.machine.started, FIRST_CHECK - 1)
 
     def test_a_second_check_returns_at_once_and_leaves_the_first_alone(self):

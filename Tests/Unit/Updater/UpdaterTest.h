@@ -71,8 +71,8 @@ inline Names namesIn(const fs::path& folder) {
 }
 
 template <class Condition>
-bool becomesTrue(const Condition& condition, std::chrono::seconds patience = 30s) {
-    const auto deadline = std::chrono::steady_clock::now() + patience;
+bool becomesTrue(const Condition& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + 30s;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > deadline) {
             return false;
