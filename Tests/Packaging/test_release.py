@@ -99,6 +99,7 @@ class Release(unittest.TestCase):
         self.assertIn('version "1.2.0"', cask)
         self.assertIn(f'sha256 "{digest}"', cask)
         self.assertIn('url "https://korvex.example/updates/Vantorel-#{version}.dmg"', cask)
+        self.assertIn("depends_on macos: :ventura\n", cask)  # "or later"; the form with ">=" is deprecated
         self.assertNotIn("@", cask)
 
     def test_the_version_is_committed_once(self):
