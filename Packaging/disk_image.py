@@ -8,8 +8,13 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import time
+
+import finder_info
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
+HDIUTIL_TRIES = 3
+HDIUTIL_PAUSE = 10  # seconds
 
 
 class Refusal(Exception):
@@ -57,22 +62,37 @@ def product():
     return dict(re.findall(r'^set\((\w+) "(.*)"\)', (ROOT / "cmake/Product.cmake").read_text("utf-8"), re.M))
 
 
+def _run_quietly(command, **options):
+    """Says what the command said only when it fails."""
+    run = subprocess.run(command, capture_output=True, text=True, **options)
+    if run.returncode:
+        raise Refusal(f"{pathlib.Path(command[0]).name} failed:\n{run.stderr}")
+
+
 def _write_with_hdiutil(folder, name, _date, output):
-    subprocess.run(["hdiutil", "create", "-quiet", "-volname", name, "-srcfolder", folder, "-fs", "HFS+",
-                    "-format", "UDZO", output], check=True)
+    """Something else on a Mac may be looking at the volume just when hdiutil lets go of it ("Resource busy")."""
+    for attempt in range(1, HDIUTIL_TRIES + 1):
+        run = subprocess.run(["hdiutil", "create", "-quiet", "-volname", name, "-srcfolder", folder, "-fs", "HFS+",
+                              "-format", "UDZO", output], stderr=subprocess.PIPE, text=True)
+        if not run.returncode:
+            break
+        output.unlink(missing_ok=True)
+        if attempt == HDIUTIL_TRIES:
+            raise Refusal(f"hdiutil failed {HDIUTIL_TRIES} times, at last with:\n{run.stderr}")
+        time.sleep(HDIUTIL_PAUSE)
+    if os.environ.get("VANTOREL_SIGNING_IDENTITY"):  # before anyone takes its checksum
+        _run_quietly([ROOT / "Packaging/sign", output])
 
 
 def _write_with_xorriso(folder, name, date, output):
     """HFS+, which a Mac mounts, and ISO 9660 over the same data, which everyone else reads."""
     if not shutil.which("xorriso"):
         raise Refusal("xorriso is missing: Packaging/dependencies/install test")
-    run = subprocess.run(
+    _run_quietly(
         ["xorriso", "-no_rc", "-as", "mkisofs", "-quiet", "-volid", name, "-R", "-uid", "0", "-gid", "0",
          "-hfsplus", "-iso-level", "3", "-o", output, folder],
-        env={**os.environ, "SOURCE_DATE_EPOCH": str(date), "TZ": "UTC", "LC_ALL": "C.UTF-8"},
-        capture_output=True, text=True)
-    if run.returncode:
-        raise Refusal(f"xorriso failed:\n{run.stderr}")
+        env={**os.environ, "SOURCE_DATE_EPOCH": str(date), "TZ": "UTC", "LC_ALL": "C.UTF-8"})
+    finder_info.clear_types(output)
 
 
 def write(bundle, output):
@@ -92,7 +112,7 @@ def write(bundle, output):
             if not path.is_symlink():  # as for everyone, whatever the umask of the build was
                 path.chmod(0o755 if path.is_dir() or path.stat().st_mode & 0o111 else 0o644)
             os.utime(path, (date, date), follow_symlinks=False)
-        image = pathlib.Path(temporary, "image.dmg")
+        image = pathlib.Path(temporary, f"{output.stem}.dmg")  # the name that a signature gives it
         write_image = _write_with_hdiutil if sys.platform == "darwin" else _write_with_xorriso
         write_image(folder, bundle.name, date, image)
         image.rename(output)

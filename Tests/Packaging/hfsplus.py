@@ -8,9 +8,10 @@ ROOT_FOLDER = 2
 
 
 class Entry:
-    def __init__(self, mode, content=None):
+    def __init__(self, mode, content=None, finder_info=bytes(32)):
         self.mode = mode
         self.content = content  # absent for a folder; a symbolic link's is where it points
+        self.finder_info = finder_info
 
 
 class Volume:
@@ -78,9 +79,9 @@ class Volume:
             mode = struct.unpack_from(">H", data, 42)[0]
             if kind == 1:
                 folders[number] = (parent, name)
-                files.append((parent, name, Entry(mode)))
+                files.append((parent, name, Entry(mode, finder_info=data[48:80])))
             else:
-                files.append((parent, name, Entry(mode, self._fork(data, 88))))
+                files.append((parent, name, Entry(mode, self._fork(data, 88), data[48:80])))
         self.name = folders[ROOT_FOLDER][1]
 
         def path(parent, name):

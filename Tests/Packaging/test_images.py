@@ -9,12 +9,17 @@ import random
 import shutil
 import stat
 import subprocess
+import sys
 import tempfile
 import unittest
+import unittest.mock
 
 import hfsplus
 
 PACKAGING = pathlib.Path(__file__).resolve().parent.parent.parent / "Packaging"
+sys.path.insert(0, str(PACKAGING))
+import disk_image  # noqa: E402
+
 NAMES = ("a", "z", "Ação", "with space", ".hidden", "lower", "UPPER", "x" * 100)
 
 
@@ -103,6 +108,15 @@ class DiskImage(Images):
         self.compare(bundle, lambda path: volume.entries[f"Vantorel.app/{path}"])
         self.assertEqual(len(volume.entries), len(list(bundle.rglob("*"))) + 2)
 
+    def test_no_file_has_a_type_that_a_mac_would_keep_as_an_attribute(self):
+        self.make("make-dmg", make_bundle(self.folder), self.folder / "image.dmg")
+        entries = hfsplus.Volume((self.folder / "image.dmg").read_bytes()).entries
+        self.assertGreater(len(entries), 10)
+        for path, entry in entries.items():
+            with self.subTest(path):
+                link = b"slnkrhap" if stat.S_ISLNK(entry.mode) else b""
+                self.assertEqual(entry.finder_info, link.ljust(32, b"\0"))
+
     @staticmethod
     def entry_of(path):
         mode = path.lstat().st_mode
@@ -171,6 +185,65 @@ class DiskImage(Images):
         if value is not None:
             info[key] = value
         path.write_bytes(plistlib.dumps(info))
+
+
+HDIUTIL = """#!/bin/sh
+echo "hdiutil $*" >> "{folder}/calls"
+for output; do :; done
+[ -e "$output" ] && {{ echo "hdiutil: create failed - File exists" >&2; exit 1; }}
+printf image > "$output"
+[ $(grep -c hdiutil "{folder}/calls") -gt {failures} ] && exit
+echo "hdiutil: create failed - Resource busy" >&2
+exit 1
+"""
+CODESIGN = """#!/bin/sh
+echo "codesign $*" >> "{folder}/calls"
+for image; do :; done
+printf ' signed' >> "$image"
+"""
+
+
+class DiskImageOnAMac(Images):
+    """By stand-ins for a Mac's tools."""
+
+    def write(self, failures, **variables):
+        """The image, which tools were called, and the pauses made."""
+        tools = self.folder / "tools"
+        tools.mkdir()
+        for name, text in (("hdiutil", HDIUTIL), ("codesign", CODESIGN)):
+            (tools / name).write_text(text.format(folder=self.folder, failures=failures))
+            (tools / name).chmod(0o755)
+        image = self.folder / "Vantorel-1.2.3.dmg"
+        environment = {"PATH": f"{tools}:/usr/bin:/bin", **variables}
+        with unittest.mock.patch.dict(os.environ, environment), \
+                unittest.mock.patch.object(disk_image.sys, "platform", "darwin"), \
+                unittest.mock.patch.object(disk_image.time, "sleep") as sleep:
+            try:
+                disk_image.write(disk_image.Bundle(make_bundle(self.folder)), image)
+            finally:
+                self.calls = [line.split()[0] for line in (self.folder / "calls").read_text().splitlines()]
+                self.pauses = len(sleep.mock_calls)
+                self.left = sorted(os.listdir(self.folder))
+        return image.read_bytes()
+
+    def test_a_busy_hdiutil_is_asked_three_times(self):
+        self.assertEqual(self.write(failures=2), b"image")
+        self.assertEqual((self.calls, self.pauses), (["hdiutil"] * 3, 2))
+
+    def test_then_it_is_given_up_and_nothing_is_left(self):
+        with self.assertRaisesRegex(disk_image.Refusal, "failed 3 times, at last with:\nhdiutil: .*Resource busy"):
+            self.write(failures=3)
+        self.assertEqual((self.calls, self.pauses), (["hdiutil"] * 3, 2))
+        self.assertEqual(self.left, ["Vantorel.app", "calls", "tools"])
+
+    def test_with_an_identity_the_image_is_signed_before_anyone_sees_it(self):
+        self.assertEqual(self.write(0, VANTOREL_SIGNING_IDENTITY="Developer ID (AB12CD34EF)"), b"image signed signed")
+        self.assertEqual(self.calls, ["hdiutil", "codesign", "codesign"])  # the second verifies
+        self.assertIn("/Vantorel-1.2.3.dmg", (self.folder / "calls").read_text())
+
+    def test_without_an_identity_the_image_is_left_unsigned(self):
+        self.assertEqual(self.write(0), b"image")
+        self.assertEqual(self.calls, ["hdiutil"])
 
 
 class UpdateFolder(Images):
