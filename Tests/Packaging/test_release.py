@@ -29,8 +29,12 @@ esac
 """
 CPACK = """#!/bin/sh
 echo "cpack with $SOURCE_DATE_EPOCH" >> "$CALLS"
-mkdir -p "$4"
-echo package > "$4/vantorel_amd64.deb"
+mkdir -p "$4" tree/DEBIAN
+version=$(sed -n 's/.*PRODUCT_VERSION "\\(.*\\)")/\\1/p' cmake/Product.cmake)
+printf 'Package: vantorel\\nVersion: %s\\nArchitecture: amd64\\nMaintainer: Me <me@example.org>\\nDescription: cup\\n' \\
+    "$version" > tree/DEBIAN/control
+dpkg-deb --root-owner-group --build tree "$4/vantorel_amd64.deb" > "$CALLS.package"
+rm -r tree
 """
 CHANGELOG = "# Changelog\n\n## Unreleased\n\n- Quieter,\n  and faster.\n- Ação.\n\n## 0.9 (2026-01-02)\n\n- First.\n"
 
@@ -81,9 +85,12 @@ class Release(unittest.TestCase):
         made = self.release("1.2.0")
         self.assertEqual(made, self.root / "dist/1.2.0")
         files = sorted(str(path.relative_to(made)) for path in made.rglob("*") if path.is_file())
-        self.assertEqual(files, ["CHANGES.md", "SHA256SUMS", "server/updates/Vantorel-1.2.0.dmg",
-                                 "server/updates/Vantorel-1.2.0.dmg.sha256", "server/updates/vantorel.json",
-                                 "vantorel.rb", "vantorel_amd64.deb"])
+        apt = [file for file in files if file.startswith("server/apt/")]
+        self.assertEqual([file for file in files if file not in apt], [
+            "CHANGES.md", "SHA256SUMS", "server/updates/Vantorel-1.2.0.dmg", "server/updates/Vantorel-1.2.0.dmg.sha256",
+            "server/updates/vantorel.json", "vantorel.rb", "vantorel_amd64.deb"])
+        self.assertIn("server/apt/pool/main/v/vantorel/vantorel_1.2.0_amd64.deb", apt)
+        self.assertIn("\nDate: Tue, 14 Nov 2023 22:13:20 UTC\n", (made / "server/apt/dists/stable/Release").read_text())
         checked = subprocess.run(["sha256sum", "--check", "--strict", "SHA256SUMS"], cwd=made, capture_output=True,
                                  text=True)
         self.assertEqual((checked.returncode, checked.stdout.count(": OK")), (0, len(files) - 1))
