@@ -87,7 +87,7 @@ def _write_with_hdiutil(folder, name, _date, output):
 def _write_with_xorriso(folder, name, date, output):
     """HFS+, which a Mac mounts, and ISO 9660 over the same data, which everyone else reads."""
     if not shutil.which("xorriso"):
-        raise Refusal("xorriso is missing: Packaging/dependencies/install test")
+        raise Refusal("xorriso is missing: scripts/dependencies/install test")
     _run_quietly(
         ["xorriso", "-no_rc", "-as", "mkisofs", "-quiet", "-volid", name, "-R", "-uid", "0", "-gid", "0",
          "-hfsplus", "-iso-level", "3", "-o", output, folder],

@@ -6,7 +6,7 @@ import subprocess
 import time
 import unittest
 
-from desktop import APP, IDENTIFIER, Desktop, wait_for
+from desktop import APP, Desktop, wait_for
 
 
 class Preferences(unittest.TestCase):

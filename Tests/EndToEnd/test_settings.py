@@ -1,16 +1,14 @@
 """The Settings window, by mouse, keyboard and screen reader."""
 
 import configparser
-import http.server
-import os
 import pathlib
 import subprocess
-import threading
 import time
 import unittest
 
 import Xlib.X
 from desktop import APP, Desktop, ProgramTest, wait_for
+from server import Server
 
 PICTURES = pathlib.Path(__file__).resolve().parent.parent / "Data/pictures"
 LOGIN, SCHEDULE, ON, OFF = "Launch at login", "Automatic schedule", "Turn on at", "Turn off at"
@@ -21,32 +19,6 @@ PORTUGUESE_CONTROLS = ("Iniciar com o Mac", "Agenda automática", "Ativar às", 
 LOGIN_HINT = "Move Vantorel to the Applications folder to enable this."
 STORED = {"appLanguage": "en", "autoUpdate": True, "scheduleEnabled": False, "scheduleOnMinutes": 540,
           "scheduleOffMinutes": 1080}
-
-
-class UpdateServer:
-    """Answers nothing useful, and counts who asks."""
-
-    def __init__(self):
-        requests = self.requests = []
-
-        class Handler(http.server.BaseHTTPRequestHandler):
-            def do_GET(self):
-                requests.append(self.path)
-                self.send_error(404)
-
-            def log_message(self, *_):
-                pass
-
-        self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-        self.base = f"http://127.0.0.1:{self.server.server_address[1]}"
-
-    def __enter__(self):
-        threading.Thread(target=self.server.serve_forever, daemon=True).start()
-        return self
-
-    def __exit__(self, *_):
-        self.server.shutdown()
-        self.server.server_close()
 
 
 class Settings(ProgramTest):
@@ -333,7 +305,7 @@ class LoginItem(Settings):
 
 class Updates(Settings):
     def test_switching_them_on_asks_the_server_once_and_off_never(self):
-        server = self.enterContext(UpdateServer())
+        server = self.enterContext(Server())
         self.open_desktop()
         self.start(environment={"KORVEX_UPDATE_BASE": server.base}, autoUpdate=False)
         started = time.monotonic()

@@ -13,10 +13,10 @@ import tempfile
 import time
 import unittest
 
-from desktop import HERE, wait_for
+from desktop import ROOT, wait_for
 from updates import TOOLS, Namespace, end_process, helper_script, run_in_parallel, tree, write_info
 
-PAGE = HERE.parent.parent / "docs/swap-outcomes.md"
+PAGE = ROOT / "docs/swap-outcomes.md"
 COLUMNS = ["What happens", "At its place", "Beside it, as `.old-`", "Started again", "Left in the temporary directory"]
 
 HEADING = """# When the swap is interrupted

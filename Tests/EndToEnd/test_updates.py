@@ -14,9 +14,10 @@ import subprocess
 import tempfile
 import time
 
-from desktop import APP, HERE, wait_for
-from updates import (CHECKSUM_LINE, FIRST_CHECK, HELPER_LINE, IMAGE, MANIFEST, TOOLS, Machine, Server, Silence, UpdateTest,
-                     answer, cut, helper_script, in_drops, manifest, put_small_bundle, run_in_parallel, tree, write_info)
+from desktop import APP, ROOT, wait_for
+from server import Server, Silence, answer, cut, in_drops
+from updates import (CHECKSUM_LINE, FIRST_CHECK, HELPER_LINE, IMAGE, MANIFEST, TOOLS, Machine, UpdateTest, helper_script,
+                     manifest, put_small_bundle, run_in_parallel, tree, write_info)
 
 UUID = "[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"
 MOUNTED = ["hdiutil attach", "hdiutil detach"]
@@ -33,7 +34,7 @@ class Updates(UpdateTest):
         server_root = self.folder / "server root"
         new = self.folder / "new" / "Vantorel.app"
         Machine.put_bundle(new, "1.1.0")
-        subprocess.run([HERE.parent.parent / "Packaging/make-update", new, server_root], check=True, capture_output=True)
+        subprocess.run([ROOT / "Packaging/make-update", new, server_root], check=True, capture_output=True)
         published = json.loads((server_root / MANIFEST[1:]).read_bytes())["latest"]
         image = "/" + published["file"]
         self.server.answers[MANIFEST] = answer(200, (server_root / MANIFEST[1:]).read_bytes())

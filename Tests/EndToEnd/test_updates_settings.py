@@ -3,7 +3,8 @@
 import time
 
 from desktop import wait_for
-from updates import FIRST_CHECK, MANIFEST, Silence, UpdateTest, answer, run_in_parallel
+from server import Silence, answer
+from updates import FIRST_CHECK, MANIFEST, UpdateTest, run_in_parallel
 
 
 class Switch(UpdateTest):

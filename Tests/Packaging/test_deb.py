@@ -10,9 +10,6 @@ import sys
 import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-sys.path.insert(0, str(ROOT / "Tests/EndToEnd"))
-
 from desktop import IDENTIFIER, Desktop, wait_for
 
 SIZES = (16, 22, 24, 32, 48, 64, 128, 256, 512)

@@ -6,6 +6,8 @@ import re
 import subprocess
 import unittest
 
+from disk_image import product
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 DOCUMENTS = sorted([*ROOT.glob("*.md"), *ROOT.glob("docs/*.md")])
 
@@ -36,7 +38,7 @@ class Documents(unittest.TestCase):
                 self.assertTrue(document.resolve() in linked or document.name == "README.md")
 
     def test_commands_and_files_that_are_named_exist(self):
-        pattern = r"(?:\./(?:run|test)\b|\b(?:Packaging|Benchmarks|Tests|Sources|cmake)/[\w./+-]*\w)"
+        pattern = r"(?:\./(?:run|test)\b|\b(?:Packaging|Benchmarks|Tests|Sources|cmake|scripts|toolchain)/[\w./+-]*\w)"
         for document in DOCUMENTS:
             for name in re.findall(pattern, document.read_text("utf-8")):
                 with self.subTest(f"{document.name}: {name}"):
@@ -60,8 +62,7 @@ class Documents(unittest.TestCase):
             self.assertIn(f"`{key}`", readme)
 
     def test_the_readme_names_the_server(self):
-        host = re.search(r'PRODUCT_UPDATE_HOST "(.*)"', (ROOT / "cmake/Product.cmake").read_text("utf-8"))[1]
-        self.assertIn(f"`{host}`", (ROOT / "README.md").read_text("utf-8"))
+        self.assertIn(f"`{product()['PRODUCT_UPDATE_HOST']}`", (ROOT / "README.md").read_text("utf-8"))
 
 
 if __name__ == "__main__":

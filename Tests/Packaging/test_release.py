@@ -19,7 +19,7 @@ case "$1 $2" in
     mkdir -p "$2/Vantorel.app/Contents/MacOS"
     printf program > "$2/Vantorel.app/Contents/MacOS/Vantorel"
     chmod 755 "$2/Vantorel.app/Contents/MacOS/Vantorel"
-    version=$(sed -n 's/.*PRODUCT_VERSION "\\(.*\\)")/\\1/p' cmake/Product.cmake)
+    version=$(cd Packaging && python3 -Bc 'import disk_image; print(disk_image.product()["PRODUCT_VERSION"])')
     cat > "$2/Vantorel.app/Contents/Info.plist" <<END
 <plist><dict><key>CFBundleIdentifier</key><string>com.korvex.vantorel</string><key>CFBundleExecutable</key>
 <string>Vantorel</string><key>CFBundleShortVersionString</key><string>$version</string></dict></plist>

@@ -1,5 +1,5 @@
 #include "Platform/Linux/Foundation/CalendarNative.h"
-#include "Seam/Mounts.h"
+#include "Support/Mounts.h"
 
 #include <QDateTime>
 #include <QString>

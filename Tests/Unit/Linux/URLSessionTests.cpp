@@ -2,7 +2,7 @@
 
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Linux/Foundation/URLSessionNative.h"
-#include "Seam/HTTPServer.h"
+#include "Support/HTTPServer.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

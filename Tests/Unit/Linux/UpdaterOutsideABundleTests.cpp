@@ -1,7 +1,7 @@
 #include "Updater.h"
 
 #include "Prefs.h"
-#include "Seam/HTTPServer.h"
+#include "Support/HTTPServer.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

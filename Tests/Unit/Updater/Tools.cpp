@@ -1,6 +1,6 @@
 #include "Tools.h"
 
-#include "Seam/Mounts.h"
+#include "Support/Mounts.h"
 
 #include <cstdlib>
 #include <fstream>

@@ -4,7 +4,7 @@
 #include "Platform/CryptoKit/SHA256.h"
 #include "Platform/Foundation/Task.h"
 #include "Prefs.h"
-#include "Seam/HTTPServer.h"
+#include "Support/HTTPServer.h"
 #include "Tools.h"
 #include "Updater.h"
 

@@ -1,11 +1,11 @@
 # The toolchain that builds for macOS on Linux, one processor at a time, against this project's own declarations of the
-# system's frameworks. macos-on-linux.cmake sets the variables.
+# system's frameworks. on-linux.cmake sets the variables.
 set(VANTOREL_MACOS_ARCH "arm64" CACHE STRING "arm64 or x86_64")
 set(VANTOREL_MACOS_RUNTIME "" CACHE PATH "Where libc++.a and libc++abi.a for that processor are")
 set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VANTOREL_MACOS_ARCH)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY) # the linker below is for the program only
-include(${CMAKE_CURRENT_LIST_DIR}/Product.cmake)
-include(${CMAKE_CURRENT_LIST_DIR}/macos-zig.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/../../cmake/Product.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/zig.cmake)
 
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_SYSTEM_PROCESSOR ${VANTOREL_MACOS_ARCH})

@@ -5,7 +5,6 @@ import json
 import os
 import pathlib
 import plistlib
-import shutil
 import signal
 import socket
 import subprocess
@@ -19,7 +18,8 @@ import Xlib.display
 import Xlib.ext.screensaver
 
 HERE = pathlib.Path(__file__).resolve().parent
-APP = pathlib.Path(os.environ.get("VANTOREL_APP", HERE.parent.parent / "build/linux/Vantorel.app")).resolve()
+ROOT = HERE.parent.parent
+APP = pathlib.Path(os.environ.get("VANTOREL_APP", ROOT / "build/linux/Vantorel.app")).resolve()
 IDENTIFIER = "com.korvex.vantorel"
 REASON = "Vantorel is keeping your Mac awake"
 

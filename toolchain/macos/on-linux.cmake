@@ -1,16 +1,16 @@
 # Included by the top-level CMakeLists.txt instead of the rest of it: builds each slice in a build of its own, then
 # joins them into one bundle.
 project(${PRODUCT_NAME} VERSION ${PRODUCT_VERSION} LANGUAGES NONE)
-include(${CMAKE_CURRENT_LIST_DIR}/macos-zig.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/zig.cmake)
 
 find_program(NPM npm REQUIRED)
 find_program(LIPO llvm-lipo-19 REQUIRED)
 
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${macos_tests}/package-lock.json)
-if(${macos_tests}/package-lock.json IS_NEWER_THAN ${macos_tests}/node_modules/.package-lock.json)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${MACOS_TOOLCHAIN}/package-lock.json)
+if(${MACOS_TOOLCHAIN}/package-lock.json IS_NEWER_THAN ${MACOS_TOOLCHAIN}/node_modules/.package-lock.json)
     message(STATUS "Installing the compiler for macOS")
     execute_process(COMMAND ${NPM} ci --ignore-scripts --no-audit --no-fund
-        WORKING_DIRECTORY ${macos_tests} COMMAND_ERROR_IS_FATAL ANY)
+        WORKING_DIRECTORY ${MACOS_TOOLCHAIN} COMMAND_ERROR_IS_FATAL ANY)
 endif()
 
 # zig builds the C++ library from source when a program first needs it, and says where only to those who watch it link.
@@ -41,7 +41,7 @@ foreach(arch ${CMAKE_OSX_ARCHITECTURES})
     make_runtime(${arch} ${runtime})
     add_custom_target(${arch}
         COMMAND ${CMAKE_COMMAND} -S ${CMAKE_SOURCE_DIR} -B ${build} -G ${CMAKE_GENERATOR}
-            --toolchain ${CMAKE_CURRENT_LIST_DIR}/macos-cross.cmake
+            --toolchain ${CMAKE_CURRENT_LIST_DIR}/cross.cmake
             -DVANTOREL_MACOS_ARCH=${arch} -DVANTOREL_MACOS_RUNTIME=${runtime}
             -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DVANTOREL_TESTS=OFF
         COMMAND ${CMAKE_COMMAND} --build ${build}

@@ -7,7 +7,7 @@ import shutil
 import subprocess
 import sys
 import unittest
-from datetime import datetime, timezone
+from datetime import datetime
 from pathlib import Path
 from zoneinfo import ZoneInfo
 

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Kills a writer of defaults at random moments: the file must always be whole. kill_while_writing.py <WriteDefaults>"""
+"""Kills a writer of defaults at random moments: the file must always be whole.
+test_kill_while_writing.py WriteDefaults"""
 
 import os
 import pathlib

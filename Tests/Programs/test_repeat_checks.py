@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Thousands of checks for updates, none of which ends well, must leave nothing behind: no memory, no descriptor, no
-thread, no file. repeat_checks.py <RepeatChecks> [NUMBER]"""
+thread, no file. test_repeat_checks.py RepeatChecks [NUMBER]"""
 
 import itertools
 import os
@@ -12,7 +12,8 @@ import tempfile
 import time
 import types
 
-from updates import IMAGE, MANIFEST, Machine, Server, answer, cut, manifest
+from server import Server, answer, cut
+from updates import IMAGE, MANIFEST, Machine, manifest
 
 GROWTH = 1 << 20  # bytes that the allocator may want after the first tenth
 PAGE = os.sysconf("SC_PAGE_SIZE")
