@@ -77,7 +77,7 @@ void drawCup(QPainter& painter, int side, const Layout& layout) {
             return true;
         });
     const QPointF center(side / 2.0, side / 2.0);
-    painter.drawImage(center - bounds.center() * unit, NS::Bridge::native<NS::ImageNative>(image).render(1, {}));
+    painter.drawImage(center - bounds.center() * unit, Linux::object<Linux::ImageNative>(image).render(1, {}));
 }
 
 QImage icon(int side) {

@@ -129,7 +129,7 @@ NS::Button WelcomeWindowController::continueButton(Language language) {
 // absence matters: a stored language says that the first run is completed.
 std::string WelcomeWindowController::welcomeBilingual(const char* key, Language language) {
     const auto stored = Prefs::d().stringForKey(Prefs::appLanguage);
-    Prefs::d().setObjectForKey(NS::Value(rawValue(language)), Prefs::appLanguage);
+    Prefs::d().setObjectForKey(NS::PropertyListValue(rawValue(language)), Prefs::appLanguage);
     std::string text = L10n::t(key);
     Prefs::d().setObjectForKey(stored, Prefs::appLanguage);
     return text;

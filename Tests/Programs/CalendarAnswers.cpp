@@ -26,7 +26,7 @@ NS::Calendar calendarFor(const std::string& zone) {
     if (zone == "current") {
         return NS::Calendar::currentCalendar();
     }
-    return NS::Bridge::handle<NS::Calendar>(std::make_shared<NS::CalendarNative>(QTimeZone(zone.c_str())));
+    return Linux::handle<NS::Calendar>(std::make_shared<Linux::CalendarNative>(QTimeZone(zone.c_str())));
 }
 
 void print(const std::optional<NS::Date>& date) {

@@ -8,7 +8,7 @@
 
 namespace {
 
-bool storeState(NS::PropertyListStore& store, int state) {
+bool storeState(Linux::PropertyListStore& store, int state) {
     store.setValue(state, "a");
     store.setValue(std::string(2048, state == 0 ? 'x' : 'y'), "text");
     store.setValue(state, "b");
@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
         std::fputs("usage: WriteDefaults <file>\n", stderr);
         return 2;
     }
-    NS::PropertyListStore store(argv[1]);
+    Linux::PropertyListStore store(argv[1]);
     for (int round = 0; storeState(store, round % 2); ++round) {
         if (round == 0) {
             std::puts("writing");

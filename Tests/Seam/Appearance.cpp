@@ -1,10 +1,10 @@
-#include "Platform/Linux/AppKit/Appearance.h"
+#include "Platform/Linux/Seam.h"
 
-namespace NS {
+namespace Linux {
 
 // The unit tests' session says nothing; they apply colour schemes themselves.
 std::unique_ptr<QObject> followColorScheme() {
     return nullptr;
 }
 
-} // namespace NS
+} // namespace Linux

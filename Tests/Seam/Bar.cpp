@@ -10,9 +10,9 @@ namespace Seam {
 
 namespace {
 
-class Presenter : public NS::StatusItemPresenter {
+class Presenter : public Linux::StatusItemPresenter {
 public:
-    explicit Presenter(NS::StatusItemNative& item) : item(item) { all().push_back(this); }
+    explicit Presenter(Linux::StatusItemNative& item) : item(item) { all().push_back(this); }
     ~Presenter() override { std::erase(all(), this); }
 
     void imageChanged() override { ++imageChanges; }
@@ -23,7 +23,7 @@ public:
         return presenters;
     }
 
-    NS::StatusItemNative& item;
+    Linux::StatusItemNative& item;
     int imageChanges = 0;
 };
 
@@ -32,13 +32,13 @@ public:
 std::vector<NS::StatusItem> statusItems() {
     std::vector<NS::StatusItem> items;
     for (const auto* presenter : Presenter::all()) {
-        items.push_back(NS::Bridge::handle<NS::StatusItem>(presenter->item.shared_from_this()));
+        items.push_back(Linux::handle<NS::StatusItem>(presenter->item.shared_from_this()));
     }
     return items;
 }
 
 void click(const NS::StatusItem& item, const NS::Event& event) {
-    NS::Bridge::shared<NS::StatusItemNative>(item)->mouseUp(event, {10, 10});
+    Linux::sharedObject<Linux::StatusItemNative>(item)->mouseUp(event, {10, 10});
 }
 
 void whenMenuOpens(std::function<void(NS::StatusItem)> use) {
@@ -56,16 +56,16 @@ void whenMenuOpens(std::function<void(NS::StatusItem)> use) {
 }
 
 int imageChanges(const NS::StatusItem& item) {
-    const auto& native = NS::Bridge::native<NS::StatusItemNative>(item);
+    const auto& native = Linux::object<Linux::StatusItemNative>(item);
     return static_cast<const Presenter&>(*native.presenter).imageChanges;
 }
 
 } // namespace Seam
 
-namespace NS {
+namespace Linux {
 
 std::unique_ptr<StatusItemPresenter> makeStatusItemPresenter(StatusItemNative& item) {
     return std::make_unique<Seam::Presenter>(item);
 }
 
-} // namespace NS
+} // namespace Linux

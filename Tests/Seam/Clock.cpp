@@ -1,10 +1,7 @@
 #include "Clock.h"
 
 #include "Platform/AppKit/Workspace.h"
-#include "Platform/Linux/AppKit/WorkspaceNative.h"
-#include "Platform/Linux/Dispatch/DispatchQueueNative.h"
-#include "Platform/Linux/Foundation/SystemTimeZone.h"
-#include "Platform/Linux/Foundation/TimerNative.h"
+#include "Platform/Linux/Seam.h"
 
 #include <QTimeZone>
 #include <algorithm>
@@ -17,7 +14,7 @@ namespace {
 NS::Date now = NS::Date::dateWithTimeIntervalSince1970(1'700'000'000);
 QTimeZone zone("UTC");
 
-class VirtualAlarm : public NS::Alarm {
+class VirtualAlarm : public Linux::Alarm {
 public:
     VirtualAlarm(const NS::Date& date, std::function<void()> callback) : date(date), callback(std::move(callback)) {
         all().push_back(this);
@@ -93,9 +90,9 @@ void announceTimeZoneChange() {
 
 } // namespace Seam
 
-namespace NS {
+namespace Linux {
 
-Date Date::date() {
+Date now() {
     return Seam::now;
 }
 
@@ -121,4 +118,4 @@ std::shared_ptr<void> watchSystem(const NotificationCenter&) {
     return nullptr; // the tests announce what happens
 }
 
-} // namespace NS
+} // namespace Linux

@@ -1,5 +1,7 @@
 #include "Power.h"
 
+#include "Platform/Linux/Seam.h"
+
 namespace Seam {
 
 Power& power() {
@@ -9,9 +11,9 @@ Power& power() {
 
 } // namespace Seam
 
-namespace NS {
+namespace Linux {
 
-IOReturn IOPMAssertionCreateWithName(const std::string& type, IOPMAssertionLevel level, const std::string& name,
+IOReturn createPowerAssertion(const std::string& type, IOPMAssertionLevel level, const std::string& name,
                                      IOPMAssertionID* id) {
     constexpr IOReturn refused = -536870212;
     auto& power = Seam::power();
@@ -25,10 +27,10 @@ IOReturn IOPMAssertionCreateWithName(const std::string& type, IOPMAssertionLevel
     return 0;
 }
 
-IOReturn IOPMAssertionRelease(IOPMAssertionID id) {
+IOReturn releasePowerAssertion(IOPMAssertionID id) {
     Seam::power().releases.push_back(id);
     Seam::power().held.erase(id);
     return 0;
 }
 
-} // namespace NS
+} // namespace Linux

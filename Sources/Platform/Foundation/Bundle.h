@@ -2,7 +2,7 @@
 
 #include "Platform/Foundation/Object.h"
 #include "Platform/Foundation/URL.h"
-#include "Platform/Foundation/Value.h"
+#include "Platform/Foundation/PropertyListValue.h"
 
 #include <optional>
 #include <string>
@@ -19,7 +19,7 @@ public:
     /// The bundle's folder.
     URL bundleURL() const;
     /// A value of the bundle's Info.plist.
-    std::optional<Value> objectForInfoDictionaryKey(const std::string& key) const;
+    std::optional<PropertyListValue> objectForInfoDictionaryKey(const std::string& key) const;
 
     using Object::Object;
 };

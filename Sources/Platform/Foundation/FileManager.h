@@ -35,4 +35,8 @@ public:
     using Object::Object;
 };
 
+/// The text as a file in UTF-8, atomically: what stood there, or all of the text. Whether it was written. Safe from
+/// any thread (NSString writeToURL:atomically:encoding:error:).
+bool writeToURL(const std::string& text, const URL& url);
+
 } // namespace NS

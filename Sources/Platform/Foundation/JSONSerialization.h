@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/Value.h"
+#include "Platform/Foundation/PropertyListValue.h"
 
 #include <optional>
 #include <string>
@@ -9,7 +9,7 @@
 namespace NS::JSONSerialization {
 
 /// The object or array that the text is; nothing when it is not well-formed JSON, or nested beyond reason. JSON's null
-/// reads as `Value::Other`.
-std::optional<Value> JSONObjectWithData(const std::string& data);
+/// reads as `PropertyListValue::Other`.
+std::optional<PropertyListValue> JSONObjectWithData(const std::string& data);
 
 } // namespace NS::JSONSerialization

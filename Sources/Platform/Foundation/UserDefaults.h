@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/Object.h"
-#include "Platform/Foundation/Value.h"
+#include "Platform/Foundation/PropertyListValue.h"
 
 #include <cstdint>
 #include <optional>
@@ -32,7 +32,7 @@ public:
     void setBoolForKey(bool value, const std::string& key);
     void setIntegerForKey(std::int64_t value, const std::string& key);
     /// Nothing removes the key.
-    void setObjectForKey(const std::optional<Value>& value, const std::string& key);
+    void setObjectForKey(const std::optional<PropertyListValue>& value, const std::string& key);
 
     /// Asks that pending changes be stored now, and says whether they are.
     bool synchronize();

@@ -5,7 +5,7 @@
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Foundation/Object.h"
-#include "Platform/Foundation/Value.h"
+#include "Platform/Foundation/PropertyListValue.h"
 
 #import <Foundation/Foundation.h>
 
@@ -58,10 +58,10 @@ NSData* toNSData(const std::string& bytes);
 /// Empty for nil.
 std::string toBytes(NSData* _Nullable data);
 
-/// Nil for `Value::Other`, which stands for no object in particular; inside an array or dictionary it is left out.
-id _Nullable toPropertyList(const Value& value);
+/// Nil for `PropertyListValue::Other`, which stands for no object in particular; inside an array or dictionary it is left out.
+id _Nullable toPropertyList(const PropertyListValue& value);
 NSDictionary<NSString*, id>* toNSDictionary(const Dictionary& dictionary);
-Value toValue(id _Nullable propertyList);
+PropertyListValue toValue(id _Nullable propertyList);
 Dictionary toDictionary(NSDictionary* _Nullable dictionary); // empty for nil
 
 template <class Function>

@@ -10,14 +10,14 @@ NSString* decoded(const std::string& text, NSStringEncoding encoding) {
     return [[NSString alloc] initWithData:toNSData(text) encoding:encoding];
 }
 
-Value numberValue(NSNumber* number) {
+PropertyListValue numberValue(NSNumber* number) {
     if (CFGetTypeID((__bridge CFTypeRef)number) == CFBooleanGetTypeID()) {
-        return Value(static_cast<bool>([number boolValue]));
+        return PropertyListValue(static_cast<bool>([number boolValue]));
     }
     const double real = [number doubleValue];
     const std::int64_t integer = [number longLongValue];
     const bool wraps = integer < 0 && real > 0; // an unsigned number above all signed ones
-    return wraps || CFNumberIsFloatType((__bridge CFNumberRef)number) ? Value(real) : Value(integer);
+    return wraps || CFNumberIsFloatType((__bridge CFNumberRef)number) ? PropertyListValue(real) : PropertyListValue(integer);
 }
 
 Array toArray(NSArray* array) {
@@ -28,7 +28,7 @@ Array toArray(NSArray* array) {
 
 NSArray* toNSArrayOfValues(const Array& values) {
     NSMutableArray* array = [NSMutableArray arrayWithCapacity:values.size()];
-    for (const Value& value : values) {
+    for (const PropertyListValue& value : values) {
         if (id object = toPropertyList(value)) {
             [array addObject:object];
         }
@@ -84,7 +84,7 @@ NSArray<NSString*>* toNSArray(const std::vector<std::string>& texts) {
     return array;
 }
 
-id toPropertyList(const Value& value) {
+id toPropertyList(const PropertyListValue& value) {
     if (const bool* boolean = value.boolean()) {
         return [NSNumber numberWithBool:*boolean];
     }
@@ -114,20 +114,20 @@ NSDictionary<NSString*, id>* toNSDictionary(const Dictionary& dictionary) {
     return result;
 }
 
-Value toValue(id propertyList) {
+PropertyListValue toValue(id propertyList) {
     if ([propertyList isKindOfClass:[NSString class]]) {
-        return Value(toString(propertyList));
+        return PropertyListValue(toString(propertyList));
     }
     if ([propertyList isKindOfClass:[NSNumber class]]) {
         return numberValue(propertyList);
     }
     if ([propertyList isKindOfClass:[NSArray class]]) {
-        return Value(toArray(propertyList));
+        return PropertyListValue(toArray(propertyList));
     }
     if ([propertyList isKindOfClass:[NSDictionary class]]) {
-        return Value(toDictionary(propertyList));
+        return PropertyListValue(toDictionary(propertyList));
     }
-    return Value();
+    return PropertyListValue();
 }
 
 Dictionary toDictionary(NSDictionary* dictionary) {

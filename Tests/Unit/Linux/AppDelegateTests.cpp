@@ -23,21 +23,21 @@ struct AppDelegateTest : testing::Test {
 
     static std::vector<NS::Window> windows() { return NS::Application::sharedApplication().windows(); }
     static void pressContinue() {
-        NS::Bridge::native<NS::WindowNative>(windows().at(0)).widget->findChild<QPushButton*>()->click();
+        Linux::object<Linux::WindowNative>(windows().at(0)).widget->findChild<QPushButton*>()->click();
     }
 
     std::shared_ptr<AppDelegate> delegate = std::make_shared<AppDelegate>();
 };
 
 TEST_F(AppDelegateTest, AReturningUserGetsTheCupAndNoWindow) {
-    Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
     EXPECT_EQ(Seam::statusItems().size(), 1U);
     EXPECT_TRUE(windows().empty());
 }
 
 TEST_F(AppDelegateTest, TheLanguagesPresenceCountsNotItsContent) {
-    Prefs::d().setObjectForKey(NS::Value(""), Prefs::appLanguage);
+    Prefs::d().setObjectForKey(NS::PropertyListValue(""), Prefs::appLanguage);
     launch();
     EXPECT_EQ(Seam::statusItems().size(), 1U);
     EXPECT_TRUE(windows().empty());
@@ -88,7 +88,7 @@ NS::Date noon() {
 struct ScheduledAppDelegateTest : AppDelegateTest {
     ScheduledAppDelegateTest() {
         Seam::setNow(noon());
-        Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+        Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
         Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
     }
 };
@@ -131,7 +131,7 @@ TEST_F(ScheduledAppDelegateTest, AClickWhileTheScheduleIsOffOverridesNothing) {
 }
 
 TEST_F(AppDelegateTest, TheMenusSettingsLineOpensTheOneSettingsWindow) {
-    Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
     for (int time = 0; time < 2; ++time) {
         Seam::whenMenuOpens([](NS::StatusItem item) { item.menu().performActionForItemAtIndex(3); });
@@ -144,7 +144,7 @@ TEST_F(AppDelegateTest, TheMenusSettingsLineOpensTheOneSettingsWindow) {
 }
 
 TEST_F(AppDelegateTest, UpdatesArePostponedExactlyWhileTheGuardIsActive) {
-    Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
     EXPECT_FALSE(Updater::shouldPostpone());
     Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
@@ -157,7 +157,7 @@ TEST_F(AppDelegateTest, UpdatesArePostponedExactlyWhileTheGuardIsActive) {
 }
 
 TEST_F(AppDelegateTest, QuittingWhileActiveReleasesTheAssertionAndShowsIt) {
-    Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
     const auto item = Seam::statusItems().front();
     Seam::click(item, {NS::EventType::LeftMouseUp});
@@ -169,7 +169,7 @@ TEST_F(AppDelegateTest, QuittingWhileActiveReleasesTheAssertionAndShowsIt) {
 }
 
 TEST_F(AppDelegateTest, QuittingWhileInactiveCallsNothing) {
-    Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
     const int before = Seam::imageChanges(Seam::statusItems().front());
     terminate();

@@ -14,6 +14,14 @@
 
 namespace {
 
+NS::Bundle bundleAround(const std::filesystem::path& executable) {
+    return Linux::handle<NS::Bundle>(std::make_shared<Linux::BundleNative>(executable));
+}
+
+NS::AppService appServiceOf(const NS::Bundle& bundle) {
+    return Linux::handle<NS::AppService>(std::make_shared<Linux::AppServiceNative>(bundle));
+}
+
 namespace fs = std::filesystem;
 using Status = NS::AppServiceStatus;
 
@@ -32,7 +40,7 @@ protected:
         std::ofstream(contents / "Info.plist")
             << "<plist><dict><key>CFBundleIdentifier</key><string>org.example.x</string><key>CFBundleName</key><string>"
             << name << "</string></dict></plist>";
-        return NS::appServiceOfBundle(NS::bundleOfExecutable(contents / "MacOS/program"));
+        return appServiceOf(bundleAround(contents / "MacOS/program"));
     }
 
     void writeEntry(const std::string& text) const {
@@ -147,7 +155,7 @@ TEST_F(AppService, AnEntryThatCannotBeReplacedStaysAsItIs) {
 }
 
 TEST_F(AppService, WithoutAnIdentifierTheExecutableGivesTheName) {
-    auto subject = NS::appServiceOfBundle(NS::bundleOfExecutable("/opt/tools/program"));
+    auto subject = appServiceOf(bundleAround("/opt/tools/program"));
     ASSERT_FALSE(subject.registerAndReturnError());
     EXPECT_TRUE(fs::exists(config() / "autostart/program.desktop"));
     EXPECT_EQ(subject.status(), Status::Enabled);

@@ -1,4 +1,4 @@
-#include "Platform/Linux/AppKit/Appearance.h"
+#include "Platform/Linux/AppKit/Palette.h"
 
 #include "Platform/AppKit/TextField.h"
 #include "Platform/Linux/AppKit/ViewNative.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-using NS::ColorScheme;
+using Linux::ColorScheme;
 
 QPalette palette() {
     return QGuiApplication::palette();
@@ -17,27 +17,27 @@ QPalette palette() {
 
 TEST(AppearanceTest, WithoutAPreferenceTheDesktopsColoursStay) {
     const QPalette before = palette();
-    NS::applyColorScheme(ColorScheme::NoPreference);
+    Linux::applyColorScheme(ColorScheme::NoPreference);
     EXPECT_EQ(palette(), before);
-    EXPECT_FALSE(NS::isDark());
+    EXPECT_FALSE(Linux::isDark());
 }
 
 TEST(AppearanceTest, APreferenceThatTheDesktopsColoursMeetChangesNothing) {
     const QPalette before = palette();
-    NS::applyColorScheme(ColorScheme::Light);
+    Linux::applyColorScheme(ColorScheme::Light);
     EXPECT_EQ(palette(), before);
 }
 
 TEST(AppearanceTest, DarkIsDarkAndReadableAndGoesAgain) {
     const QPalette before = palette();
-    NS::applyColorScheme(ColorScheme::Dark);
-    EXPECT_TRUE(NS::isDark());
+    Linux::applyColorScheme(ColorScheme::Dark);
+    EXPECT_TRUE(Linux::isDark());
     for (const auto& [text, ground] :
          {std::pair(QPalette::WindowText, QPalette::Window), std::pair(QPalette::Text, QPalette::Base),
           std::pair(QPalette::ButtonText, QPalette::Button), std::pair(QPalette::ToolTipText, QPalette::ToolTipBase)}) {
         EXPECT_GT(palette().color(text).lightness() - palette().color(ground).lightness(), 150) << text;
     }
-    NS::applyColorScheme(ColorScheme::NoPreference);
+    Linux::applyColorScheme(ColorScheme::NoPreference);
     EXPECT_EQ(palette(), before);
 }
 
@@ -46,11 +46,11 @@ TEST(AppearanceTest, LabelsFollowAtOnce) {
     auto faint = NS::TextField::labelWithString("b");
     faint.setTextColor(NS::Color::tertiaryLabelColor());
     const auto apply = [](ColorScheme scheme) {
-        NS::applyColorScheme(scheme);
+        Linux::applyColorScheme(scheme);
         QCoreApplication::processEvents();
     };
     const auto color = [](const NS::TextField& field) {
-        return NS::Bridge::native<NS::ViewNative>(field).widget->palette().color(QPalette::WindowText);
+        return Linux::object<Linux::ViewNative>(field).widget->palette().color(QPalette::WindowText);
     };
     apply(ColorScheme::Dark);
     EXPECT_GT(color(label).lightness(), 200);

@@ -10,6 +10,10 @@
 
 namespace {
 
+NS::Bundle bundleAround(const std::filesystem::path& executable) {
+    return Linux::handle<NS::Bundle>(std::make_shared<Linux::BundleNative>(executable));
+}
+
 namespace fs = std::filesystem;
 
 class Bundle : public testing::Test {
@@ -21,11 +25,11 @@ protected:
         const auto contents = folder() / "X.app/Contents";
         fs::create_directories(contents / "MacOS");
         std::ofstream(contents / "Info.plist") << info;
-        return NS::bundleOfExecutable(contents / "MacOS/program");
+        return bundleAround(contents / "MacOS/program");
     }
 
-    static const NS::BundleNative& native(const NS::Bundle& bundle) {
-        return NS::Bridge::native<NS::BundleNative>(bundle);
+    static const Linux::BundleNative& native(const NS::Bundle& bundle) {
+        return Linux::object<Linux::BundleNative>(bundle);
     }
 
 private:
@@ -41,8 +45,8 @@ TEST_F(Bundle, AnExecutableInAnApplicationBelongsToIt) {
         </dict></plist>)");
     EXPECT_EQ(bundle.bundleURL().path(), (folder() / "X.app").string());
     EXPECT_EQ(bundle.bundleIdentifier(), "org.example.x");
-    EXPECT_EQ(bundle.objectForInfoDictionaryKey("CFBundleShortVersionString"), NS::Value("1.2.3"));
-    EXPECT_EQ(bundle.objectForInfoDictionaryKey("LSUIElement"), NS::Value(true));
+    EXPECT_EQ(bundle.objectForInfoDictionaryKey("CFBundleShortVersionString"), NS::PropertyListValue("1.2.3"));
+    EXPECT_EQ(bundle.objectForInfoDictionaryKey("LSUIElement"), NS::PropertyListValue(true));
     EXPECT_EQ(bundle.objectForInfoDictionaryKey("no such key"), std::nullopt);
     EXPECT_EQ(native(bundle).displayName(), "Example");
     EXPECT_EQ(native(bundle).fileName(), "org.example.x");
@@ -66,7 +70,7 @@ TEST_F(Bundle, ADamagedListReadsAsEmpty) {
 }
 
 TEST_F(Bundle, AMissingListReadsAsEmpty) {
-    const auto bundle = NS::bundleOfExecutable("/nowhere/X.app/Contents/MacOS/program");
+    const auto bundle = bundleAround("/nowhere/X.app/Contents/MacOS/program");
     EXPECT_EQ(bundle.bundleURL().path(), "/nowhere/X.app");
     EXPECT_EQ(bundle.bundleIdentifier(), std::nullopt);
     EXPECT_EQ(native(bundle).displayName(), "program");
@@ -86,7 +90,7 @@ TEST_F(Bundle, ElsewhereTheBundleIsTheExecutablesFolder) {
     bundleWithInfo("<plist><dict><key>CFBundleIdentifier</key><string>org.example.x</string></dict></plist>");
     for (const char* place : {"bin", "X.app/Contents/Helpers", "X.app/MacOS", "X.app/Other/MacOS",
                               "X.app/Contents/MacOS/sub", "X.bundle/Contents/MacOS", "Contents/MacOS"}) {
-        const auto bundle = NS::bundleOfExecutable(folder() / place / "program");
+        const auto bundle = bundleAround(folder() / place / "program");
         EXPECT_EQ(bundle.bundleURL().path(), (folder() / place).string());
         EXPECT_EQ(bundle.bundleIdentifier(), std::nullopt) << place;
     }

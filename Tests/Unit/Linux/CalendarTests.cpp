@@ -18,7 +18,7 @@
 namespace {
 
 NS::Calendar calendarIn(const std::string& zone) {
-    return NS::Bridge::handle<NS::Calendar>(std::make_shared<NS::CalendarNative>(QTimeZone(zone.c_str())));
+    return Linux::handle<NS::Calendar>(std::make_shared<Linux::CalendarNative>(QTimeZone(zone.c_str())));
 }
 
 NS::Date date(const char* text) {

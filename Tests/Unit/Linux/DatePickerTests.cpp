@@ -24,7 +24,7 @@ struct DatePickerTest : testing::Test {
         picker = NS::DatePicker::initWithFrame({});
         picker.setAction([this] { ++actions; });
         picker.setDateValue(at(day + 9 * 3600.0));
-        edit = dynamic_cast<QTimeEdit*>(NS::Bridge::native<NS::ViewNative>(picker).widget.data());
+        edit = dynamic_cast<QTimeEdit*>(Linux::object<Linux::ViewNative>(picker).widget.data());
         edit->show();
         edit->setSelectedSection(QDateTimeEdit::HourSection);
     }

@@ -1,6 +1,6 @@
 #include "Platform/Dispatch/DispatchQueue.h"
 
-#include "Platform/Linux/Dispatch/DispatchQueueNative.h"
+#include "Platform/Linux/Dispatch/Workers.h"
 #include "Seam/Clock.h"
 
 #include <QCoreApplication>
@@ -51,7 +51,7 @@ TEST(DispatchQueue, TheGlobalQueueRunsItsBlocksElsewhereAndAtTheSameTime) {
             met = met || running == 2;
         });
     }
-    EXPECT_TRUE(NS::waitForWorkers(10s));
+    EXPECT_TRUE(Linux::waitForWorkers(10s));
     EXPECT_TRUE(met);
 }
 
@@ -62,7 +62,7 @@ TEST(DispatchQueue, NoThreadAndNothingThatABlockHoldsIsLeftBehind) {
     for (int count = 0; count < 50; ++count) {
         NS::DispatchQueue::globalQueue().async([kept] {});
     }
-    EXPECT_TRUE(NS::waitForWorkers(10s));
+    EXPECT_TRUE(Linux::waitForWorkers(10s));
     EXPECT_EQ(kept.use_count(), 1);
     for (int round = 0; round < 500 && threads() != before; ++round) { // a thread ends a moment after its work
         std::this_thread::sleep_for(10ms);
@@ -77,9 +77,9 @@ TEST(DispatchQueue, WaitingForWorkersHasAnEnd) {
             std::this_thread::sleep_for(5ms);
         }
     });
-    EXPECT_FALSE(NS::waitForWorkers(50ms));
+    EXPECT_FALSE(Linux::waitForWorkers(50ms));
     stop = true;
-    EXPECT_TRUE(NS::waitForWorkers(10s));
+    EXPECT_TRUE(Linux::waitForWorkers(10s));
 }
 
 TEST(DispatchQueue, ADelayedBlockWaitsForItsTime) {

@@ -1,7 +1,6 @@
 #include "Platform/Foundation/FileManager.h"
 
-#include "Platform/Foundation/PropertyList.h"
-#include "Platform/Foundation/String.h"
+#include "Platform/Foundation/PropertyListValue.h"
 
 #include <QDir>
 #include <QTemporaryDir>

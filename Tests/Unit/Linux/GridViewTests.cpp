@@ -21,7 +21,7 @@ using NS::GridView;
 using NS::TextField;
 
 QWidget* widgetOf(const NS::View& view) {
-    return NS::Bridge::native<NS::ViewNative>(view).widget;
+    return Linux::object<Linux::ViewNative>(view).widget;
 }
 
 QRect frame(const NS::View& view) {
@@ -31,7 +31,7 @@ QRect frame(const NS::View& view) {
 void layOut(const NS::View& view) {
     const auto size = view.fittingSize();
     widgetOf(view)->resize(
-        QSizeF(size.width, size.height).toSize().grownBy(NS::Bridge::native<NS::ViewNative>(view).alignmentInsets()));
+        QSizeF(size.width, size.height).toSize().grownBy(Linux::object<Linux::ViewNative>(view).alignmentInsets()));
     widgetOf(view)->grab(); // lays out what is not on a screen
 }
 

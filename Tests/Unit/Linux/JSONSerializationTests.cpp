@@ -11,7 +11,7 @@ namespace {
 using NS::JSONSerialization::JSONObjectWithData;
 
 /// The only item of an array that holds `text`.
-std::optional<NS::Value> value(const std::string& text) {
+std::optional<NS::PropertyListValue> value(const std::string& text) {
     const auto array = JSONObjectWithData("[" + text + "]");
     if (!array || !array->array() || array->array()->size() != 1) {
         return std::nullopt;
@@ -35,10 +35,10 @@ std::size_t allocatedBytes() {
 
 TEST(JSONSerialization, ObjectsAndArraysAreRead) {
     EXPECT_EQ(JSONObjectWithData(" {\"a\" :\t[1, \"x\", {}],\r\n\"b\":{\"c\":[]}} "),
-              NS::Value(NS::Dictionary{{"a", NS::Array{1, "x", NS::Dictionary()}},
+              NS::PropertyListValue(NS::Dictionary{{"a", NS::Array{1, "x", NS::Dictionary()}},
                                        {"b", NS::Dictionary{{"c", NS::Array()}}}}));
-    EXPECT_EQ(JSONObjectWithData("[]"), NS::Value(NS::Array()));
-    EXPECT_EQ(JSONObjectWithData("{ }"), NS::Value(NS::Dictionary()));
+    EXPECT_EQ(JSONObjectWithData("[]"), NS::PropertyListValue(NS::Array()));
+    EXPECT_EQ(JSONObjectWithData("{ }"), NS::PropertyListValue(NS::Dictionary()));
 }
 
 TEST(JSONSerialization, FragmentsAreRefused) {
@@ -73,11 +73,11 @@ TEST(JSONSerialization, NumbersThatJSONDoesNotKnowAreRefused) {
 }
 
 TEST(JSONSerialization, IntegersAreExactToTheLastBit) {
-    EXPECT_EQ(value("0"), NS::Value(0));
+    EXPECT_EQ(value("0"), NS::PropertyListValue(0));
     EXPECT_EQ(value("-0")->integer(), 0);
-    EXPECT_EQ(value("9007199254740993"), NS::Value(std::int64_t{9007199254740993}));
-    EXPECT_EQ(value("9223372036854775807"), NS::Value(std::numeric_limits<std::int64_t>::max()));
-    EXPECT_EQ(value("-9223372036854775808"), NS::Value(std::numeric_limits<std::int64_t>::min()));
+    EXPECT_EQ(value("9007199254740993"), NS::PropertyListValue(std::int64_t{9007199254740993}));
+    EXPECT_EQ(value("9223372036854775807"), NS::PropertyListValue(std::numeric_limits<std::int64_t>::max()));
+    EXPECT_EQ(value("-9223372036854775808"), NS::PropertyListValue(std::numeric_limits<std::int64_t>::min()));
 }
 
 TEST(JSONSerialization, LargerNumbersAreNoIntegers) {
@@ -100,25 +100,25 @@ TEST(JSONSerialization, RealsThatAreWholeCountAsIntegers) {
     EXPECT_EQ(value("5e2")->integer(), 500);
     EXPECT_EQ(value("-50E-1")->integer(), -5);
     EXPECT_EQ(value("5.5")->integer(), std::nullopt);
-    EXPECT_EQ(value("5.5"), NS::Value(5.5));
-    EXPECT_EQ(value("-1.25e+2"), NS::Value(-125.0));
+    EXPECT_EQ(value("5.5"), NS::PropertyListValue(5.5));
+    EXPECT_EQ(value("-1.25e+2"), NS::PropertyListValue(-125.0));
 }
 
 TEST(JSONSerialization, BooleansAndNullAreNoNumbers) {
-    EXPECT_EQ(value("true"), NS::Value(true));
-    EXPECT_EQ(value("false"), NS::Value(false));
+    EXPECT_EQ(value("true"), NS::PropertyListValue(true));
+    EXPECT_EQ(value("false"), NS::PropertyListValue(false));
     EXPECT_EQ(value("true")->integer(), std::nullopt);
-    EXPECT_EQ(value("null"), NS::Value());
+    EXPECT_EQ(value("null"), NS::PropertyListValue());
     EXPECT_EQ(value("null")->boolean(), nullptr);
 }
 
 TEST(JSONSerialization, TextsAreUnescaped) {
-    EXPECT_EQ(value(R"("\"\\\/\b\f\n\r\t")"), NS::Value("\"\\/\b\f\n\r\t"));
+    EXPECT_EQ(value(R"("\"\\\/\b\f\n\r\t")"), NS::PropertyListValue("\"\\/\b\f\n\r\t"));
     EXPECT_EQ(value(R"("\u0041\u00e9\u20AC\uD83D\uDE00\uFFFF")"),
-              NS::Value("A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xEF\xBF\xBF"));
-    EXPECT_EQ(value(R"("a\u0000b")"), NS::Value(std::string("a\0b", 3)));
-    EXPECT_EQ(value("\"\xF0\x9F\x98\x80 / \x7F\""), NS::Value("\xF0\x9F\x98\x80 / \x7F"));
-    EXPECT_EQ(value(R"("")"), NS::Value(""));
+              NS::PropertyListValue("A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xEF\xBF\xBF"));
+    EXPECT_EQ(value(R"("a\u0000b")"), NS::PropertyListValue(std::string("a\0b", 3)));
+    EXPECT_EQ(value("\"\xF0\x9F\x98\x80 / \x7F\""), NS::PropertyListValue("\xF0\x9F\x98\x80 / \x7F"));
+    EXPECT_EQ(value(R"("")"), NS::PropertyListValue(""));
 }
 
 TEST(JSONSerialization, EscapesOfNothingAreRefused) {
@@ -151,12 +151,12 @@ TEST(JSONSerialization, WhatIsNotUTF8IsRefused) {
 }
 
 TEST(JSONSerialization, AByteOrderMarkIsPassedOver) {
-    EXPECT_EQ(JSONObjectWithData("\xEF\xBB\xBF[1]"), NS::Value(NS::Array{1}));
+    EXPECT_EQ(JSONObjectWithData("\xEF\xBB\xBF[1]"), NS::PropertyListValue(NS::Array{1}));
     EXPECT_EQ(JSONObjectWithData("[\xEF\xBB\xBF]"), std::nullopt);
 }
 
 TEST(JSONSerialization, OfEqualKeysTheLastOneCounts) {
-    EXPECT_EQ(JSONObjectWithData(R"({"a":1,"b":2,"\u0061":3})"), NS::Value(NS::Dictionary{{"a", 3}, {"b", 2}}));
+    EXPECT_EQ(JSONObjectWithData(R"({"a":1,"b":2,"\u0061":3})"), NS::PropertyListValue(NS::Dictionary{{"a", 3}, {"b", 2}}));
 }
 
 TEST(JSONSerialization, NestingEndsAt512) {
@@ -196,7 +196,7 @@ TEST(JSONSerialization, ManySmallValuesCostNoMoreThanTheyAre) {
     const auto result = JSONObjectWithData(text);
     ASSERT_TRUE(result);
     EXPECT_EQ(result->array()->size(), count);
-    EXPECT_LT(allocatedBytes(), before + 3 * count * sizeof(NS::Value));
+    EXPECT_LT(allocatedBytes(), before + 3 * count * sizeof(NS::PropertyListValue));
 }
 
 } // namespace

@@ -22,7 +22,7 @@ struct PopUpButtonTest : testing::Test {
 
     int actions = 0;
     NS::PopUpButton popup = NS::PopUpButton::initWithFrame({}, /*pullsDown=*/false);
-    QComboBox* box = dynamic_cast<QComboBox*>(NS::Bridge::native<NS::ViewNative>(popup).widget.data());
+    QComboBox* box = dynamic_cast<QComboBox*>(Linux::object<Linux::ViewNative>(popup).widget.data());
 };
 
 TEST_F(PopUpButtonTest, HasItsItemsInOrderAndTheFirstSelected) {

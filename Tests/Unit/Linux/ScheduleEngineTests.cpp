@@ -137,8 +137,8 @@ TEST_F(ScheduleEngineTest, ArmsBothTimersForTheirNextOccurrences) {
 
 TEST_F(ScheduleEngineTest, ItsTimersFireOnceAndMayBeHalfAMinuteLate) {
     engine->reconcile();
-    ASSERT_EQ(NS::TimerNative::scheduled().size(), 2U);
-    for (const auto& timer : NS::TimerNative::scheduled()) {
+    ASSERT_EQ(Linux::TimerNative::scheduled().size(), 2U);
+    for (const auto& timer : Linux::TimerNative::scheduled()) {
         EXPECT_EQ(timer->tolerance, 30);
         EXPECT_FALSE(timer->repeats);
     }

@@ -26,19 +26,19 @@ using Minutes = std::pair<std::int64_t, std::int64_t>;
 
 template <class Handle>
 Handle as(const NS::View& view) {
-    return NS::Bridge::handle<Handle>(NS::Bridge::shared<NS::ViewNative>(view));
+    return Linux::handle<Handle>(Linux::sharedObject<Linux::ViewNative>(view));
 }
 
 template <class Widget = QWidget>
 Widget* widgetOf(const NS::View& view) {
-    return dynamic_cast<Widget*>(NS::Bridge::native<NS::ViewNative>(view).widget.data());
+    return dynamic_cast<Widget*>(Linux::object<Linux::ViewNative>(view).widget.data());
 }
 
 /// The pieces of the window, by their place in its grid.
 struct Pieces {
     NS::Window window = NS::Application::sharedApplication().windows().at(0);
     NS::View container = window.contentView();
-    NS::GridView grid = NS::Bridge::handle<NS::GridView>(NS::Bridge::native<NS::ViewNative>(container).subviews.at(0));
+    NS::GridView grid = Linux::handle<NS::GridView>(Linux::object<Linux::ViewNative>(container).subviews.at(0));
     NS::TextField loginLabel = at<NS::TextField>(0, 0);
     NS::Switch loginSwitch = at<NS::Switch>(0, 1);
     NS::TextField loginHint = at<NS::TextField>(1, 0);
@@ -69,7 +69,7 @@ struct Pieces {
     }
 
     bool hintIsShown() const { return !grid.rowAtIndex(1).isHidden() && widgetOf(loginHint)->isVisible(); }
-    QWidget* widget() const { return NS::Bridge::native<NS::WindowNative>(window).widget; }
+    QWidget* widget() const { return Linux::object<Linux::WindowNative>(window).widget; }
     QSize size() const { return widget()->size(); }
     QString timeOf(const NS::DatePicker& picker) const { return widgetOf<QTimeEdit>(picker)->text(); }
 };
@@ -116,7 +116,7 @@ void refuseLoginItems() {
 struct SettingsWindowControllerTest : testing::Test {
     SettingsWindowControllerTest() {
         Prefs::registerDefaults();
-        Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+        Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
         Seam::setNow(NS::Date::dateWithTimeIntervalSince1970(1'714'996'800)); // noon in UTC, the zone of the tests
     }
 
@@ -285,7 +285,7 @@ TEST_F(SettingsWindowControllerTest, EveryControlIsNamedByItsCaption) {
 TEST_F(SettingsWindowControllerTest, TheTextsAreInTheLanguageInForce) {
     EXPECT_EQ(show().captions(), englishCaptions);
     EXPECT_EQ(Pieces().window.title(), "Vantorel Settings");
-    Prefs::d().setObjectForKey(NS::Value("pt-BR"), Prefs::appLanguage);
+    Prefs::d().setObjectForKey(NS::PropertyListValue("pt-BR"), Prefs::appLanguage);
     controller = SettingsWindowController::create(engine);
     EXPECT_EQ(show().captions(), portugueseCaptions);
     EXPECT_EQ(Pieces().window.title(), "Ajustes do Vantorel");
@@ -355,7 +355,7 @@ TEST_F(SettingsWindowControllerTest, ThePopupSelectsTheStoredLanguageElseTheSyst
          {Case{"en", "pt_BR", 1}, Case{"pt-BR", "en_GB", 0}, Case{"fr", "pt_PT", 0}, Case{"PT-BR", "en_GB", 1},
           Case{std::nullopt, "pt_BR", 0}, Case{std::nullopt, "fr", 1}}) {
         qputenv("LANGUAGE", system);
-        Prefs::d().setObjectForKey(language ? std::optional(NS::Value(*language)) : std::nullopt, Prefs::appLanguage);
+        Prefs::d().setObjectForKey(language ? std::optional(NS::PropertyListValue(*language)) : std::nullopt, Prefs::appLanguage);
         EXPECT_EQ(show().languagePopup.indexOfSelectedItem(), index) << language.value_or("none") << ' ' << system;
     }
 }
@@ -390,7 +390,7 @@ TEST_F(SettingsWindowControllerTest, ReopeningReadsEverythingAgainIntoTheSameWin
     Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
     Prefs::d().setBoolForKey(false, Prefs::autoUpdate);
     store({61, 122});
-    Prefs::d().setObjectForKey(NS::Value("pt-BR"), Prefs::appLanguage);
+    Prefs::d().setObjectForKey(NS::PropertyListValue("pt-BR"), Prefs::appLanguage);
     const auto again = show();
     EXPECT_EQ(again.window, pieces.window);
     EXPECT_EQ(NS::Application::sharedApplication().windows().size(), 1U);

@@ -22,7 +22,7 @@ QImage drawn(const Cup& cup) {
         StatusIcons::drawCup(rect, cup.filled, NS::Color::blackColor());
         return true;
     });
-    return NS::Bridge::native<NS::ImageNative>(image).render(1, {});
+    return Linux::object<Linux::ImageNative>(image).render(1, {});
 }
 
 /// The same cup by another hand and another library: outlines built in output units.
@@ -115,7 +115,7 @@ TEST(StatusIcons, ARectangleElsewhereMovesTheCup) {
         StatusIcons::drawCup({{18, 18}, one}, true, NS::Color::blackColor());
         return true;
     });
-    const QImage picture = NS::Bridge::native<NS::ImageNative>(image).render(1, {});
+    const QImage picture = Linux::object<Linux::ImageNative>(image).render(1, {});
     EXPECT_EQ(picture.copy(18, 0, 18, 18), drawn({{{0, 0}, one}, true}));
 }
 
@@ -128,7 +128,7 @@ TEST(StatusIcons, TheOutlineIsATemplateAndTheFilledCupIsNot) {
 
 TEST(StatusIcons, TheImagesDrawTheTwoStates) {
     const auto render = [](const NS::Image& image) {
-        return NS::Bridge::native<NS::ImageNative>(image).render(2, Qt::white);
+        return Linux::object<Linux::ImageNative>(image).render(2, Qt::white);
     };
     const QImage outline = render(StatusIcons::outline());
     const QImage filled = render(StatusIcons::filled());

@@ -1,6 +1,6 @@
 #include "Platform/AppKit/Switch.h"
 
-#include "Platform/Linux/AppKit/Appearance.h"
+#include "Platform/Linux/AppKit/Palette.h"
 #include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <QApplication>
@@ -44,7 +44,7 @@ struct SwitchTest : testing::Test {
 
     int actions = 0;
     NS::Switch control = NS::Switch::initWithFrame({});
-    QCheckBox* widget = dynamic_cast<QCheckBox*>(NS::Bridge::native<NS::ViewNative>(control).widget.data());
+    QCheckBox* widget = dynamic_cast<QCheckBox*>(Linux::object<Linux::ViewNative>(control).widget.data());
 };
 
 TEST_F(SwitchTest, IsOffAndEnabledAtFirst) {
@@ -120,7 +120,7 @@ TEST_F(SwitchTest, ItShowsAFocusRingToThoseWhoWorkByKeyboardOnly) {
 
 TEST_F(SwitchTest, ItFollowsTheAppearance) {
     const QColor light = at(right());
-    NS::applyColorScheme(NS::ColorScheme::Dark);
+    Linux::applyColorScheme(Linux::ColorScheme::Dark);
     QCoreApplication::processEvents();
     EXPECT_EQ(at(left()), QColor(Qt::white));
     EXPECT_LT(at(right()).lightness(), light.lightness());

@@ -1,7 +1,7 @@
 #include "Platform/Foundation/URLSession.h"
 
 #include "Platform/Foundation/FileManager.h"
-#include "Platform/Linux/Foundation/URLSessionNative.h"
+#include "Platform/Linux/Foundation/Transfers.h"
 #include "Support/HTTPServer.h"
 
 #include <algorithm>
@@ -465,7 +465,7 @@ void cancelDuringTransfer() {
             std::this_thread::sleep_for(1ms);
         }
         std::this_thread::sleep_for(pause);
-        NS::cancelTransfers();
+        Linux::cancelTransfers();
     });
     std::thread other([&] { EXPECT_FALSE(download(server.url("/x"))); });
     const auto time = durationOf([&] {

@@ -47,7 +47,7 @@ std::string textOf(const std::string& text) {
 }
 
 std::string hostOf(const NS::URL& url) {
-    return NS::Bridge::native<NS::URLNative>(url).parts.host();
+    return Linux::object<Linux::URLNative>(url).parts.host();
 }
 
 TEST(URL, TextsParseAsInFoundation) {

@@ -75,12 +75,12 @@ protected:
     }
 
     bool storeAnswer(int answer) const {
-        NS::PropertyListStore store(file());
+        Linux::PropertyListStore store(file());
         store.setValue(answer, "answer");
         return store.write();
     }
 
-    std::optional<NS::Value> storedAnswer() const { return NS::PropertyListStore(file()).value("answer"); }
+    std::optional<NS::PropertyListValue> storedAnswer() const { return Linux::PropertyListStore(file()).value("answer"); }
 
 private:
     QTemporaryDir folder_;
@@ -105,13 +105,13 @@ TEST_F(PropertyListStore, ValuesComeBackWithTheirTypes) {
         {"dictionary", NS::Dictionary{{"1.2.0", 3}, {"", NS::Dictionary{}}}},
         {"key & <more>", "x"},
     };
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     for (const auto& [key, value] : values) {
         store.setValue(value, key);
         EXPECT_EQ(store.value(key), value) << key;
     }
     ASSERT_TRUE(store.write());
-    NS::PropertyListStore other(file());
+    Linux::PropertyListStore other(file());
     for (const auto& [key, value] : values) {
         EXPECT_EQ(store.value(key), value) << key;
         EXPECT_EQ(other.value(key), value) << key;
@@ -128,11 +128,11 @@ TEST_F(PropertyListStore, NumbersAreTheSameInALocaleWithDecimalCommas) {
     setenv("LOCPATH", folder().c_str(), 1);
     ASSERT_TRUE(std::setlocale(LC_NUMERIC, "comma")) << bytesOf(folder() / "log");
     ASSERT_STREQ(std::localeconv()->decimal_point, ",");
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     store.setValue(1.5, "real");
     EXPECT_TRUE(store.write());
     EXPECT_NE(bytesOf(file()).find("<real>1.5</real>"), std::string::npos) << bytesOf(file());
-    EXPECT_EQ(NS::PropertyListStore(file()).value("real"), NS::Value(1.5));
+    EXPECT_EQ(Linux::PropertyListStore(file()).value("real"), NS::PropertyListValue(1.5));
     std::setlocale(LC_NUMERIC, "C");
     unsetenv("LOCPATH");
 }
@@ -146,19 +146,19 @@ TEST_F(PropertyListStore, TheFileIsXMLForTheUserAlone) {
 
 TEST_F(PropertyListStore, MissingFoldersAreMadeForTheUserAlone) {
     const auto deep = folder() / "a/b";
-    NS::PropertyListStore store(deep / "settings.plist");
+    Linux::PropertyListStore store(deep / "settings.plist");
     EXPECT_EQ(store.value("answer"), std::nullopt);
     store.setValue(42, "answer");
     EXPECT_TRUE(store.write());
-    EXPECT_EQ(NS::PropertyListStore(deep / "settings.plist").value("answer"), NS::Value(42));
+    EXPECT_EQ(Linux::PropertyListStore(deep / "settings.plist").value("answer"), NS::PropertyListValue(42));
     EXPECT_EQ(modeOf(folder() / "a"), 0700U);
     EXPECT_EQ(modeOf(deep), 0700U);
 }
 
 TEST_F(PropertyListStore, ChangesWaitInMemoryUntilTheyAreWritten) {
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     store.setValue(42, "answer");
-    EXPECT_EQ(store.value("answer"), NS::Value(42));
+    EXPECT_EQ(store.value("answer"), NS::PropertyListValue(42));
     EXPECT_FALSE(fs::exists(file()));
 }
 
@@ -167,27 +167,27 @@ TEST_F(PropertyListStore, BinaryListsAreReadToo) {
     const auto binary = "bplist00\xd1\x01\x02Vanswer\x10\x2a\x08\x0b\x12"s + "\0\0\0\0\0\0\x01\x01"s +
                         "\0\0\0\0\0\0\0\x03"s + "\0\0\0\0\0\0\0\0"s + "\0\0\0\0\0\0\0\x14"s;
     overwrite(binary);
-    EXPECT_EQ(storedAnswer(), NS::Value(42));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
 }
 
 TEST_F(PropertyListStore, ReadsSeeWhatAnotherProcessWrites) {
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     EXPECT_EQ(store.value("answer"), std::nullopt);
     ASSERT_TRUE(storeAnswer(1));
-    EXPECT_EQ(store.value("answer"), NS::Value(1));
+    EXPECT_EQ(store.value("answer"), NS::PropertyListValue(1));
     std::this_thread::sleep_for(150ms); // for the file to count as settled
-    EXPECT_EQ(store.value("answer"), NS::Value(1));
+    EXPECT_EQ(store.value("answer"), NS::PropertyListValue(1));
     ASSERT_TRUE(storeAnswer(2));
-    EXPECT_EQ(store.value("answer"), NS::Value(2));
+    EXPECT_EQ(store.value("answer"), NS::PropertyListValue(2));
     fs::remove(file());
     EXPECT_EQ(store.value("answer"), std::nullopt);
 }
 
 TEST_F(PropertyListStore, ReadsSeeEditsInPlaceOfTheSameSize) {
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     for (int round = 100; round < 110; ++round) {
         overwrite(xml("<dict><key>answer</key><integer>" + std::to_string(round) + "</integer></dict>"));
-        EXPECT_EQ(store.value("answer"), NS::Value(round));
+        EXPECT_EQ(store.value("answer"), NS::PropertyListValue(round));
     }
 }
 
@@ -204,7 +204,7 @@ bool opens(const fs::path& file, const std::function<void()>& action) {
 
 TEST_F(PropertyListStore, OnlyAFileThatChangedJustNowIsReadAgain) {
     ASSERT_TRUE(storeAnswer(42));
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     store.value("answer");
     EXPECT_TRUE(opens(file(), [&] { store.value("answer"); })) << "a second change in the same tick would be missed";
     std::this_thread::sleep_for(150ms);
@@ -213,38 +213,38 @@ TEST_F(PropertyListStore, OnlyAFileThatChangedJustNowIsReadAgain) {
 }
 
 TEST_F(PropertyListStore, WritingKeepsTheKeysOfOtherProcesses) {
-    NS::PropertyListStore one(file());
-    NS::PropertyListStore two(file());
+    Linux::PropertyListStore one(file());
+    Linux::PropertyListStore two(file());
     one.setValue("one", "first");
     EXPECT_EQ(two.value("first"), std::nullopt);
     two.setValue("two", "second");
     ASSERT_TRUE(one.write());
     ASSERT_TRUE(two.write());
-    EXPECT_EQ(one.value("second"), NS::Value("two"));
-    EXPECT_EQ(two.value("first"), NS::Value("one"));
+    EXPECT_EQ(one.value("second"), NS::PropertyListValue("two"));
+    EXPECT_EQ(two.value("first"), NS::PropertyListValue("one"));
     two.setValue(std::nullopt, "second");
     ASSERT_TRUE(two.write());
     EXPECT_EQ(one.value("second"), std::nullopt);
-    EXPECT_EQ(one.value("first"), NS::Value("one"));
+    EXPECT_EQ(one.value("first"), NS::PropertyListValue("one"));
 }
 
 TEST_F(PropertyListStore, AWrittenChangeGivesWayToALaterOneOfAnotherProcess) {
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     store.setValue(1, "answer");
     ASSERT_TRUE(store.write());
     ASSERT_TRUE(storeAnswer(2));
-    EXPECT_EQ(store.value("answer"), NS::Value(2));
+    EXPECT_EQ(store.value("answer"), NS::PropertyListValue(2));
     store.setValue(3, "other");
     ASSERT_TRUE(store.write());
-    EXPECT_EQ(storedAnswer(), NS::Value(2));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(2));
 }
 
 TEST_F(PropertyListStore, WritingKeepsWhatOnlyOthersUnderstand) {
     overwrite(xml("<dict><key>blob</key><data>AAEC</data><key>when</key><date>2026-11-21T10:45:56Z</date>"
                   "<key>reference</key><dict><key>CF$UID</key><integer>7</integer></dict>"
                   "<key>large</key><integer>18446744073709551615</integer></dict>"));
-    EXPECT_EQ(NS::PropertyListStore(file()).value("blob"), NS::Value());
-    EXPECT_EQ(NS::PropertyListStore(file()).value("when"), NS::Value());
+    EXPECT_EQ(Linux::PropertyListStore(file()).value("blob"), NS::PropertyListValue());
+    EXPECT_EQ(Linux::PropertyListStore(file()).value("when"), NS::PropertyListValue());
     ASSERT_TRUE(storeAnswer(42));
     const auto text = bytesOf(file());
     for (const char* part : {"AAEC", "<date>2026-11-21T10:45:56Z</date>", "CF$UID", "18446744073709551615", "answer"}) {
@@ -264,17 +264,17 @@ TEST_F(PropertyListStore, WhatTheFileHoldsAlreadyIsNotWrittenAgain) {
 }
 
 TEST_F(PropertyListStore, RemovingWhatIsNotThereWritesNothing) {
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     store.setValue(std::nullopt, "answer");
     EXPECT_TRUE(store.write());
     EXPECT_FALSE(fs::exists(file()));
 }
 
 TEST_F(PropertyListStore, AValueThatNoListCanHoldIsPassedOver) {
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     store.setValue(42, "answer");
-    store.setValue(NS::Value(), "answer");
-    store.setValue(NS::Array{1, NS::Dictionary{{"key", NS::Value()}}}, "answer");
+    store.setValue(NS::PropertyListValue(), "answer");
+    store.setValue(NS::Array{1, NS::Dictionary{{"key", NS::PropertyListValue()}}}, "answer");
     NS::Array deep;
     for (int level = 0; level < 200; ++level) {
         NS::Array outer;
@@ -282,16 +282,16 @@ TEST_F(PropertyListStore, AValueThatNoListCanHoldIsPassedOver) {
         deep = std::move(outer);
     }
     store.setValue(deep, "answer");
-    EXPECT_EQ(store.value("answer"), NS::Value(42));
+    EXPECT_EQ(store.value("answer"), NS::PropertyListValue(42));
     EXPECT_TRUE(store.write());
-    EXPECT_EQ(storedAnswer(), NS::Value(42));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
 }
 
 TEST_F(PropertyListStore, ASideFileLeftByAKillIsOverwritten) {
     std::ofstream(folder() / "settings.plist.new") << "half of a fi";
     fs::permissions(folder() / "settings.plist.new", fs::perms::all);
     ASSERT_TRUE(storeAnswer(42));
-    EXPECT_EQ(storedAnswer(), NS::Value(42));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
     EXPECT_EQ(modeOf(file()), 0600U);
     EXPECT_EQ(namesInFolder(), std::vector{"settings.plist"s});
 }
@@ -301,7 +301,7 @@ TEST_F(PropertyListStore, ALinkInTheSideFilesPlaceIsNotFollowed) {
     fs::create_symlink(folder() / "precious", folder() / "settings.plist.new");
     ASSERT_TRUE(storeAnswer(42));
     EXPECT_EQ(bytesOf(folder() / "precious"), "precious");
-    EXPECT_EQ(storedAnswer(), NS::Value(42));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
 }
 
 TEST_F(PropertyListStore, AnotherProcessThatIsWritingIsWaitedFor) {
@@ -314,7 +314,7 @@ TEST_F(PropertyListStore, AnotherProcessThatIsWritingIsWaitedFor) {
     EXPECT_FALSE(fs::exists(file()));
     close(other);
     waiting.join();
-    EXPECT_EQ(storedAnswer(), NS::Value(2));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(2));
 }
 
 /// No file may grow beyond a few bytes, for the life of this object.
@@ -341,18 +341,18 @@ private:
 TEST_F(PropertyListStore, AFullDiskKeepsTheChangeInMemoryAndTheFileAsItWas) {
     ASSERT_TRUE(storeAnswer(1));
     const auto before = bytesOf(file());
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     store.setValue(2, "answer");
     {
         const FullDisk full;
         EXPECT_FALSE(store.write());
     }
-    EXPECT_EQ(store.value("answer"), NS::Value(2));
+    EXPECT_EQ(store.value("answer"), NS::PropertyListValue(2));
     EXPECT_EQ(bytesOf(file()), before);
     EXPECT_EQ(namesInFolder(), std::vector{"settings.plist"s});
     store.setValue(3, "other");
     EXPECT_TRUE(store.write());
-    EXPECT_EQ(storedAnswer(), NS::Value(2));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(2));
 }
 
 TEST_F(PropertyListStore, AFullDiskLeavesADamagedFileInItsPlace) {
@@ -365,10 +365,10 @@ TEST_F(PropertyListStore, AFullDiskLeavesADamagedFileInItsPlace) {
 
 TEST_F(PropertyListStore, AListTooLargeToBeReadAgainIsNotWritten) {
     ASSERT_TRUE(storeAnswer(42));
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     store.setValue(std::string(std::size_t{2} << 20, 'x'), "much");
     EXPECT_FALSE(store.write());
-    EXPECT_EQ(storedAnswer(), NS::Value(42));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
     EXPECT_EQ(namesInFolder(), std::vector{"settings.plist"s});
 }
 
@@ -396,17 +396,17 @@ TEST_F(PropertyListStore, AFolderWithoutPermissionKeepsTheChangeInMemory) {
     ASSERT_TRUE(storeAnswer(1));
     fs::permissions(file(), static_cast<fs::perms>(0644));
     fs::permissions(folder(), static_cast<fs::perms>(0555));
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     {
         const Unprivileged user;
         store.setValue(2, "answer");
         EXPECT_FALSE(store.write());
-        EXPECT_EQ(store.value("answer"), NS::Value(2));
-        EXPECT_EQ(storedAnswer(), NS::Value(1));
+        EXPECT_EQ(store.value("answer"), NS::PropertyListValue(2));
+        EXPECT_EQ(storedAnswer(), NS::PropertyListValue(1));
     }
     fs::permissions(folder(), fs::perms::owner_all);
     EXPECT_TRUE(store.write());
-    EXPECT_EQ(storedAnswer(), NS::Value(2));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(2));
 }
 
 TEST_F(PropertyListStore, AnUnreadableFileReadsAsEmptyAndIsKeptAside) {
@@ -416,11 +416,11 @@ TEST_F(PropertyListStore, AnUnreadableFileReadsAsEmptyAndIsKeptAside) {
     fs::permissions(folder(), fs::perms::all);
     {
         const Unprivileged user;
-        NS::PropertyListStore store(file());
+        Linux::PropertyListStore store(file());
         EXPECT_EQ(store.value("answer"), std::nullopt);
         store.setValue(2, "answer");
         EXPECT_TRUE(store.write());
-        EXPECT_EQ(storedAnswer(), NS::Value(2));
+        EXPECT_EQ(storedAnswer(), NS::PropertyListValue(2));
     }
     fs::permissions(folder() / "settings.plist.damaged", fs::perms::owner_read);
     EXPECT_EQ(bytesOf(folder() / "settings.plist.damaged"), before);
@@ -431,13 +431,13 @@ TEST_F(PropertyListStore, AFileThatBecomesReadableAgainIsRead) {
     fs::permissions(file(), fs::perms::none);
     fs::permissions(folder(), fs::perms::all);
     std::this_thread::sleep_for(150ms);
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     {
         const Unprivileged user;
         EXPECT_EQ(store.value("answer"), std::nullopt);
     }
     fs::permissions(file(), fs::perms::owner_read);
-    EXPECT_EQ(store.value("answer"), NS::Value(1));
+    EXPECT_EQ(store.value("answer"), NS::PropertyListValue(1));
 }
 
 TEST_F(PropertyListStore, AFolderInTheFilesPlaceReadsAsEmptyAndIsKeptAside) {
@@ -445,7 +445,7 @@ TEST_F(PropertyListStore, AFolderInTheFilesPlaceReadsAsEmptyAndIsKeptAside) {
     std::ofstream(file() / "inside") << "x";
     EXPECT_EQ(storedAnswer(), std::nullopt);
     ASSERT_TRUE(storeAnswer(42));
-    EXPECT_EQ(storedAnswer(), NS::Value(42));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
     EXPECT_TRUE(fs::exists(folder() / "settings.plist.damaged/inside"));
 }
 
@@ -453,7 +453,7 @@ TEST_F(PropertyListStore, APipeInTheFilesPlaceHoldsNobodyUp) {
     ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
     EXPECT_EQ(storedAnswer(), std::nullopt);
     ASSERT_TRUE(storeAnswer(42));
-    EXPECT_EQ(storedAnswer(), NS::Value(42));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
     EXPECT_TRUE(fs::is_fifo(folder() / "settings.plist.damaged"));
 }
 
@@ -466,14 +466,14 @@ TEST_F(PropertyListStore, AFileThatFailsToBeReadIsNotReplaced) {
 
 TEST_F(PropertyListStore, AProcessOutOfDescriptorsDamagesNothing) {
     ASSERT_TRUE(storeAnswer(1));
-    NS::PropertyListStore store(file());
-    EXPECT_EQ(store.value("answer"), NS::Value(1));
+    Linux::PropertyListStore store(file());
+    EXPECT_EQ(store.value("answer"), NS::PropertyListValue(1));
     const auto before = bytesOf(file());
     rlimit limit = {};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
     const rlimit none = {0, limit.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    EXPECT_EQ(store.value("answer"), NS::Value(1)) << "what was read before still counts";
+    EXPECT_EQ(store.value("answer"), NS::PropertyListValue(1)) << "what was read before still counts";
     store.setValue(2, "answer");
     const bool isWritten = store.write();
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
@@ -483,13 +483,13 @@ TEST_F(PropertyListStore, AProcessOutOfDescriptorsDamagesNothing) {
 }
 
 TEST_F(PropertyListStore, ThreadsShareOneStore) {
-    NS::PropertyListStore store(file());
+    Linux::PropertyListStore store(file());
     std::vector<std::thread> threads;
     for (int number = 0; number < 4; ++number) {
         threads.emplace_back([&store, key = std::to_string(number)] {
             for (int round = 0; round <= 50; ++round) {
                 store.setValue(round, key);
-                EXPECT_EQ(store.value(key), NS::Value(round));
+                EXPECT_EQ(store.value(key), NS::PropertyListValue(round));
                 EXPECT_TRUE(round % 5 != 0 || store.write());
             }
         });
@@ -497,9 +497,9 @@ TEST_F(PropertyListStore, ThreadsShareOneStore) {
     for (auto& thread : threads) {
         thread.join();
     }
-    NS::PropertyListStore other(file());
+    Linux::PropertyListStore other(file());
     for (const char* key : {"0", "1", "2", "3"}) {
-        EXPECT_EQ(other.value(key), NS::Value(50)) << key;
+        EXPECT_EQ(other.value(key), NS::PropertyListValue(50)) << key;
     }
 }
 
@@ -565,7 +565,7 @@ TEST_P(DamagedFile, ReadsAsEmptyAndIsKeptAsideByTheNextWrite) {
     EXPECT_EQ(storedAnswer(), std::nullopt);
     EXPECT_EQ(namesInFolder(), std::vector{"settings.plist"s}) << "reading must not move it";
     ASSERT_TRUE(storeAnswer(42));
-    EXPECT_EQ(storedAnswer(), NS::Value(42));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
     EXPECT_EQ(bytesOf(folder() / "settings.plist.damaged"), GetParam().bytes);
 }
 
@@ -592,8 +592,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(PropertyListStore, AListAsDeepAsAllowedIsReadAndWritten) {
     overwrite(xml("<dict><key>deep</key>" + repeated("<array>", 999) + repeated("</array>", 999) + "</dict>"));
     ASSERT_TRUE(storeAnswer(42));
-    EXPECT_EQ(storedAnswer(), NS::Value(42));
-    EXPECT_TRUE(NS::PropertyListStore(file()).value("deep")->array());
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
+    EXPECT_TRUE(Linux::PropertyListStore(file()).value("deep")->array());
 }
 
 TEST_F(PropertyListStore, ADamagedFileNeverTakesThePlaceOfAnEarlierOne) {
@@ -604,14 +604,14 @@ TEST_F(PropertyListStore, ADamagedFileNeverTakesThePlaceOfAnEarlierOne) {
     EXPECT_EQ(bytesOf(folder() / "settings.plist.damaged"), "first");
     EXPECT_EQ(bytesOf(folder() / "settings.plist.damaged-2"), "second");
     EXPECT_EQ(bytesOf(folder() / "settings.plist.damaged-3"), "third");
-    EXPECT_EQ(storedAnswer(), NS::Value(42));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
 }
 
 class UserDefaults : public DefaultsFile {
 protected:
-    NS::UserDefaults defaults = NS::userDefaultsInFile(file());
+    NS::UserDefaults defaults = Linux::handle<NS::UserDefaults>(std::make_shared<Linux::UserDefaultsNative>(file()));
 
-    void set(const NS::Value& value) { defaults.setObjectForKey(value, "key"); }
+    void set(const NS::PropertyListValue& value) { defaults.setObjectForKey(value, "key"); }
     static void finishPass() { QCoreApplication::processEvents(); }
 };
 
@@ -620,7 +620,7 @@ TEST_F(UserDefaults, AChangeIsWrittenAtTheEndOfThePass) {
     EXPECT_EQ(defaults.integerForKey("key"), 42);
     EXPECT_FALSE(fs::exists(file()));
     finishPass();
-    EXPECT_EQ(NS::PropertyListStore(file()).value("key"), NS::Value(42));
+    EXPECT_EQ(Linux::PropertyListStore(file()).value("key"), NS::PropertyListValue(42));
 }
 
 TEST_F(UserDefaults, AValueSetAndRemovedInOnePassNeverReachesTheDisk) {
@@ -646,7 +646,7 @@ TEST_F(UserDefaults, AValueSetAndSetBackInOnePassLeavesTheFileAlone) {
 TEST_F(UserDefaults, SynchronizingWritesAtOnce) {
     set(42);
     EXPECT_TRUE(defaults.synchronize());
-    EXPECT_EQ(NS::PropertyListStore(file()).value("key"), NS::Value(42));
+    EXPECT_EQ(Linux::PropertyListStore(file()).value("key"), NS::PropertyListValue(42));
 }
 
 TEST_F(UserDefaults, SynchronizingSaysWhenItFails) {
@@ -665,21 +665,21 @@ TEST_F(UserDefaults, AFailedWriteIsTriedAgainWithTheNextChange) {
     EXPECT_FALSE(fs::exists(file()));
     defaults.setBoolForKey(true, "other");
     finishPass();
-    EXPECT_EQ(NS::PropertyListStore(file()).value("key"), NS::Value(42));
+    EXPECT_EQ(Linux::PropertyListStore(file()).value("key"), NS::PropertyListValue(42));
 }
 
 TEST_F(UserDefaults, AChangeFromAnotherThreadIsWrittenByTheEventLoop) {
     std::thread([this] { set(42); }).join();
     EXPECT_FALSE(fs::exists(file()));
     finishPass();
-    EXPECT_EQ(NS::PropertyListStore(file()).value("key"), NS::Value(42));
+    EXPECT_EQ(Linux::PropertyListStore(file()).value("key"), NS::PropertyListValue(42));
 }
 
 TEST_F(UserDefaults, AChangeIsWrittenAlthoughNobodyHoldsTheDefaultsAnyMore) {
     set(42);
     defaults = NS::UserDefaults();
     finishPass();
-    EXPECT_EQ(NS::PropertyListStore(file()).value("key"), NS::Value(42));
+    EXPECT_EQ(Linux::PropertyListStore(file()).value("key"), NS::PropertyListValue(42));
 }
 
 TEST_F(UserDefaults, RegisteredValuesStandInForMissingOnesAndAreNeverWritten) {
@@ -716,7 +716,7 @@ TEST_F(UserDefaults, BooleansAreReadFromTexts) {
 }
 
 TEST_F(UserDefaults, BooleansAreReadFromNumbers) {
-    const std::vector<std::pair<NS::Value, bool>> cases = {
+    const std::vector<std::pair<NS::PropertyListValue, bool>> cases = {
         {true, true},   {false, false}, {1, true},    {-1, true},    {0, false},
         {lowest, true}, {0.5, true},    {0.0, false}, {-0.0, false}, {NS::Array{1}, false}};
     for (const auto& [value, expected] : cases) {
@@ -755,7 +755,7 @@ TEST_F(UserDefaults, IntegersAreReadFromTexts) {
 }
 
 TEST_F(UserDefaults, IntegersAreReadFromOtherNumbers) {
-    const std::vector<std::pair<NS::Value, std::int64_t>> cases = {
+    const std::vector<std::pair<NS::PropertyListValue, std::int64_t>> cases = {
         {true, 1},         {false, 0},        {lowest, lowest},  {1.9, 1},
         {-1.9, -1},        {1e300, highest},  {-1e300, lowest},  {std::nan(""), 0},
         {0x1p63, highest}, {-0x1p63, lowest}, {NS::Array{1}, 0}, {NS::Dictionary{}, 0}};
@@ -766,7 +766,7 @@ TEST_F(UserDefaults, IntegersAreReadFromOtherNumbers) {
 }
 
 TEST_F(UserDefaults, TextsAreReadFromNumbers) {
-    const std::vector<std::pair<NS::Value, const char*>> cases = {
+    const std::vector<std::pair<NS::PropertyListValue, const char*>> cases = {
         {"", ""},
         {"text", "text"},
         {true, "1"},
@@ -800,7 +800,7 @@ TEST_F(UserDefaults, OnlyDictionariesAreReadAsDictionaries) {
     const NS::Dictionary attempts = {{"1.2.0", 3}};
     set(attempts);
     EXPECT_EQ(defaults.dictionaryForKey("key"), attempts);
-    for (const NS::Value& value : {NS::Value("1.2.0"), NS::Value(3), NS::Value(true), NS::Value(NS::Array{3})}) {
+    for (const NS::PropertyListValue& value : {NS::PropertyListValue("1.2.0"), NS::PropertyListValue(3), NS::PropertyListValue(true), NS::PropertyListValue(NS::Array{3})}) {
         set(value);
         EXPECT_EQ(defaults.dictionaryForKey("key"), std::nullopt);
     }
@@ -812,8 +812,8 @@ TEST_F(UserDefaults, TheStandardOnesAreCalledAfterTheProgram) {
     standard.setIntegerForKey(42, "UserDefaultsTests");
     ASSERT_TRUE(standard.synchronize());
     const auto name = fs::read_symlink("/proc/self/exe").filename().string() + ".plist";
-    NS::PropertyListStore store(fs::path(std::getenv("XDG_CONFIG_HOME")) / name);
-    EXPECT_EQ(store.value("UserDefaultsTests"), NS::Value(42));
+    Linux::PropertyListStore store(fs::path(std::getenv("XDG_CONFIG_HOME")) / name);
+    EXPECT_EQ(store.value("UserDefaultsTests"), NS::PropertyListValue(42));
     standard.setObjectForKey(std::nullopt, "UserDefaultsTests");
 }
 

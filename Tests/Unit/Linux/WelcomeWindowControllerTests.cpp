@@ -16,7 +16,7 @@ namespace {
 
 template <class Handle>
 Handle as(const NS::View& view) {
-    return NS::Bridge::handle<Handle>(NS::Bridge::shared<NS::ViewNative>(view));
+    return Linux::handle<Handle>(Linux::sharedObject<Linux::ViewNative>(view));
 }
 
 /// The pieces of the shown window, by their place in its content.
@@ -61,14 +61,14 @@ TEST_F(WelcomeWindowControllerTest, TheWindowIsTitledOnlyWithItsTitleHidden) {
 
 TEST_F(WelcomeWindowControllerTest, TheUserCannotCloseTheWindow) {
     const auto pieces = show();
-    EXPECT_FALSE(NS::Bridge::native<NS::WindowNative>(pieces.window).widget->close());
+    EXPECT_FALSE(Linux::object<Linux::WindowNative>(pieces.window).widget->close());
     EXPECT_TRUE(pieces.window.isVisible());
 }
 
 TEST_F(WelcomeWindowControllerTest, TheWindowIsAsLargeAsItsContentAndCentred) {
     const auto pieces = show();
     const auto fitting = pieces.stack.fittingSize();
-    const QSize content = NS::Bridge::native<NS::WindowNative>(pieces.window).widget->size();
+    const QSize content = Linux::object<Linux::WindowNative>(pieces.window).widget->size();
     EXPECT_EQ((NS::Size{double(content.width()), double(content.height())}), fitting);
     EXPECT_FALSE(fitting == (NS::Size{340, 320}));
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
@@ -83,7 +83,7 @@ TEST_F(WelcomeWindowControllerTest, TheIconIsTheCupAt72Points) {
     EXPECT_FALSE(pieces.icon.image().isTemplate());
     EXPECT_EQ(pieces.icon.fittingSize(), (NS::Size{72, 72}));
     EXPECT_FALSE(pieces.icon.translatesAutoresizingMaskIntoConstraints());
-    const auto* widget = NS::Bridge::native<NS::ViewNative>(pieces.icon).widget.data();
+    const auto* widget = Linux::object<Linux::ViewNative>(pieces.icon).widget.data();
     EXPECT_EQ(widget->minimumSize(), QSize(72, 72));
     EXPECT_EQ(widget->maximumSize(), QSize(72, 72));
 }
@@ -91,7 +91,7 @@ TEST_F(WelcomeWindowControllerTest, TheIconIsTheCupAt72Points) {
 TEST_F(WelcomeWindowControllerTest, TheTitleIsSemiboldAt20Points) {
     const auto pieces = show();
     EXPECT_EQ(pieces.title.font().pointSize(), 20);
-    EXPECT_EQ(NS::Bridge::native<NS::ViewNative>(pieces.title).widget->font().weight(), QFont::DemiBold);
+    EXPECT_EQ(Linux::object<Linux::ViewNative>(pieces.title).widget->font().weight(), QFont::DemiBold);
     EXPECT_EQ(pieces.title.alignment(), NS::TextAlignment::Center);
 }
 
@@ -100,7 +100,7 @@ TEST_F(WelcomeWindowControllerTest, HintAndSubtitleAreSecondaryAndCentred) {
     const QColor plain = QGuiApplication::palette().color(QPalette::WindowText);
     for (const auto& label : {pieces.hint, pieces.subtitle}) {
         EXPECT_EQ(label.alignment(), NS::TextAlignment::Center);
-        const QColor color = NS::Bridge::native<NS::ViewNative>(label).widget->palette().color(QPalette::WindowText);
+        const QColor color = Linux::object<Linux::ViewNative>(label).widget->palette().color(QPalette::WindowText);
         EXPECT_EQ(color.rgb(), plain.rgb());
         EXPECT_LT(color.alpha(), 255);
     }
@@ -127,9 +127,9 @@ TEST_F(WelcomeWindowControllerTest, TheViewsStandOnTheScreenAsFarApartAsTheLayou
     QCoreApplication::processEvents();
     const double gaps[] = {14, 8, 26, 16, 24};
     const auto geometry = [&](std::size_t index) {
-        return NS::Bridge::native<NS::ViewNative>(pieces.views.at(index)).widget->geometry();
+        return Linux::object<Linux::ViewNative>(pieces.views.at(index)).widget->geometry();
     };
-    const QRect content = NS::Bridge::native<NS::ViewNative>(pieces.stack).widget->rect();
+    const QRect content = Linux::object<Linux::ViewNative>(pieces.stack).widget->rect();
     EXPECT_EQ(geometry(0).top(), 28);
     for (std::size_t index = 0; index < std::size(gaps); ++index) {
         EXPECT_EQ(geometry(index + 1).top() - geometry(index).bottom() - 1, gaps[index]) << index;
@@ -206,7 +206,7 @@ TEST_F(WelcomeWindowControllerTest, ShowingLeavesNoLanguageBehind) {
 }
 
 TEST_F(WelcomeWindowControllerTest, ShowingPutsAStoredLanguageBack) {
-    Prefs::d().setObjectForKey(NS::Value("fr"), Prefs::appLanguage);
+    Prefs::d().setObjectForKey(NS::PropertyListValue("fr"), Prefs::appLanguage);
     show("pt_BR");
     EXPECT_EQ(Prefs::d().stringForKey("appLanguage"), "fr");
 }

@@ -14,7 +14,7 @@ protected:
         }
     }
 
-    static void storeAttempts(const NS::Value& value) {
+    static void storeAttempts(const NS::PropertyListValue& value) {
         Prefs::d().setObjectForKey(value, Prefs::updateAttemptsByVersion);
     }
 };

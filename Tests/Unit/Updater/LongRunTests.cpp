@@ -3,7 +3,7 @@
 #include "AppDelegate.h"
 #include "L10n.h"
 #include "Platform/Linux/AppKit/WindowNative.h"
-#include "Platform/Linux/Dispatch/DispatchQueueNative.h"
+#include "Platform/Linux/Dispatch/Workers.h"
 #include "Platform/ServiceManagement/AppService.h"
 #include "Seam/Bar.h"
 #include "Seam/Clock.h"
@@ -32,7 +32,7 @@ struct LongRunTest : UpdaterTest {
 
     void SetUp() override {
         UpdaterTest::SetUp();
-        Prefs::d().setObjectForKey(NS::Value("en"), Prefs::appLanguage);
+        Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
         Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
         Seam::setNow(firstDay.dateByAddingTimeInterval(18 * hour - minute / 2));
         delegate->applicationDidFinishLaunching({"launched"});
@@ -48,7 +48,7 @@ struct LongRunTest : UpdaterTest {
         for (int round = 0; round < 5; ++round) {
             QCoreApplication::processEvents();
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-            ASSERT_TRUE(NS::waitForWorkers(30s));
+            ASSERT_TRUE(Linux::waitForWorkers(30s));
         }
     }
 
@@ -65,7 +65,7 @@ struct LongRunTest : UpdaterTest {
         settle();
         auto window = NS::Application::sharedApplication().windows().at(0);
         EXPECT_TRUE(window.isVisible());
-        return NS::Bridge::native<NS::WindowNative>(window).widget;
+        return Linux::object<Linux::WindowNative>(window).widget;
     }
 
     /// What a person does with the Settings window in the evening.

@@ -1,6 +1,6 @@
 #include "UpdaterTest.h"
 
-#include "Platform/Linux/Dispatch/DispatchQueueNative.h"
+#include "Platform/Linux/Dispatch/Workers.h"
 #include "Platform/Linux/Foundation/TimerNative.h"
 #include "Seam/Clock.h"
 
@@ -29,7 +29,7 @@ struct UpdaterScheduleTest : UpdaterTest {
     void runUntil(double seconds) {
         Seam::runUntil(start.dateByAddingTimeInterval(seconds));
         QCoreApplication::processEvents();
-        ASSERT_TRUE(NS::waitForWorkers(30s));
+        ASSERT_TRUE(Linux::waitForWorkers(30s));
     }
 
     const NS::Date start = NS::Date::date();
@@ -51,7 +51,7 @@ TEST_F(UpdaterScheduleTest, TheFirstCheckComesAfterTwelveSecondsAndThenOneEachDa
 
 TEST_F(UpdaterScheduleTest, TheDailyCheckMayBeAnHourLate) {
     Updater::start();
-    const auto& timers = NS::TimerNative::scheduled();
+    const auto& timers = Linux::TimerNative::scheduled();
     const auto daily = std::ranges::find(timers, true, [](const auto& timer) { return timer->repeats; });
     ASSERT_NE(daily, timers.end());
     EXPECT_EQ((*daily)->tolerance, 3600);

@@ -3,13 +3,14 @@
 #include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/UserDefaults.h"
-#include "Platform/Linux/AppKit/Appearance.h"
-#include "Platform/Linux/AppKit/ApplicationNative.h"
+#include "Platform/Linux/AppKit/Palette.h"
+#include "Platform/Linux/AppKit/CurrentEvent.h"
 #include "Platform/Linux/AppKit/TerminationSignals.h"
 #include "Platform/Linux/AppKit/WindowNative.h"
-#include "Platform/Linux/Dispatch/DispatchQueueNative.h"
-#include "Platform/Linux/Foundation/URLSessionNative.h"
+#include "Platform/Linux/Dispatch/Workers.h"
+#include "Platform/Linux/Foundation/Transfers.h"
 #include "Platform/Linux/Native.h"
+#include "Platform/Linux/Seam.h"
 
 #include <QApplication>
 #include <QSessionManager>
@@ -18,7 +19,7 @@
 #include <cstdlib>
 #include <utility>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -63,11 +64,10 @@ struct ApplicationNative : Native {
     std::weak_ptr<ApplicationDelegate> delegate;
 };
 
-ApplicationNative& native(const Application& application) {
-    return Bridge::native<ApplicationNative>(application);
-}
-
 } // namespace
+
+template <>
+struct NativeOf<Application> : std::type_identity<ApplicationNative> {};
 
 CurrentEvent::CurrentEvent(const Event& event) : outer_(std::exchange(currentEventOfApplication, event)) {}
 
@@ -75,8 +75,14 @@ CurrentEvent::~CurrentEvent() {
     currentEventOfApplication = outer_;
 }
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 Application& Application::sharedApplication() {
-    static Application application = Bridge::handle<Application>(std::make_shared<ApplicationNative>());
+    static Application application = handle<Application>(std::make_shared<ApplicationNative>());
     return application;
 }
 
@@ -133,7 +139,7 @@ std::vector<Window> Application::windows() const {
     std::vector<Window> windows;
     for (const auto& window : WindowNative::all()) {
         if (auto shared = window.lock()) {
-            windows.push_back(Bridge::handle<Window>(std::move(shared)));
+            windows.push_back(handle<Window>(std::move(shared)));
         }
     }
     return windows;

@@ -8,7 +8,7 @@
 #include <QPainterPathStroker>
 #include <cmath>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -17,10 +17,6 @@ struct BezierPathNative : Native {
     double lineWidth = 1;
     LineCapStyle lineCap = LineCapStyle::Butt;
 };
-
-BezierPathNative& native(const BezierPath& path) {
-    return Bridge::native<BezierPathNative>(path);
-}
 
 QPointF qt(const Point& point) {
     return {point.x, point.y};
@@ -60,8 +56,17 @@ double sweep(double startAngle, double endAngle, bool clockwise) {
 
 } // namespace
 
+template <>
+struct NativeOf<BezierPath> : std::type_identity<BezierPathNative> {};
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 BezierPath BezierPath::bezierPath() {
-    return Bridge::handle<BezierPath>(std::make_shared<BezierPathNative>());
+    return handle<BezierPath>(std::make_shared<BezierPathNative>());
 }
 
 BezierPath BezierPath::bezierPathWithRoundedRect(const Rect& rect, double xRadius, double yRadius) {
@@ -92,7 +97,7 @@ void BezierPath::appendBezierPathWithArcWithCenter(const Point& center, double r
 
 void BezierPath::transformUsingAffineTransform(const AffineTransform& transform) {
     auto& path = native(*this).path;
-    path = Bridge::native<AffineTransformNative>(transform).transform.map(path);
+    path = native(transform).transform.map(path);
 }
 
 void BezierPath::setLineWidth(double width) {

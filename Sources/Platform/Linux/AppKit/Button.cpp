@@ -6,7 +6,7 @@
 #include <QRadioButton>
 #include <QShortcut>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -22,17 +22,22 @@ struct ButtonNative : ViewNative {
     void press() const { button->animateClick(); }
 };
 
-ButtonNative& native(const Button& button) {
-    return Bridge::native<ButtonNative>(button);
-}
-
 Button wrap(QAbstractButton* widget, std::function<void()> action) {
     auto native = std::make_shared<ButtonNative>(widget);
     native->action = std::move(action);
-    return Bridge::handle<Button>(std::move(native));
+    return handle<Button>(std::move(native));
 }
 
 } // namespace
+
+template <>
+struct NativeOf<Button> : std::type_identity<ButtonNative> {};
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 Button Button::buttonWithTitle(const std::string& title, std::function<void()> action) {
     return wrap(new QPushButton(QString::fromStdString(title)), std::move(action));

@@ -6,7 +6,7 @@
 #include <QGuiApplication>
 #include <QPalette>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -18,11 +18,11 @@ Color color(ColorNative::Kind kind, const QColor& fixed = {}) {
     auto native = std::make_shared<ColorNative>();
     native->kind = kind;
     native->fixed = fixed;
-    return Bridge::handle<Color>(std::move(native));
+    return handle<Color>(std::move(native));
 }
 
 QColor resolved(const Color& color) {
-    return Bridge::native<ColorNative>(color).resolved(QGuiApplication::palette());
+    return native(color).resolved(QGuiApplication::palette());
 }
 
 } // namespace
@@ -39,6 +39,12 @@ QColor ColorNative::resolved(const QPalette& palette) const {
     }
     return text;
 }
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 Color Color::colorWithCalibratedRed(double red, double green, double blue, double alpha) {
     return color(ColorNative::Kind::Fixed, QColor::fromRgbF(static_cast<float>(red), static_cast<float>(green),
@@ -74,19 +80,19 @@ void Color::setStroke() const {
 }
 
 double Color::redComponent() const {
-    return Bridge::native<ColorNative>(*this).fixed.redF();
+    return native(*this).fixed.redF();
 }
 
 double Color::greenComponent() const {
-    return Bridge::native<ColorNative>(*this).fixed.greenF();
+    return native(*this).fixed.greenF();
 }
 
 double Color::blueComponent() const {
-    return Bridge::native<ColorNative>(*this).fixed.blueF();
+    return native(*this).fixed.blueF();
 }
 
 double Color::alphaComponent() const {
-    return Bridge::native<ColorNative>(*this).fixed.alphaF();
+    return native(*this).fixed.alphaF();
 }
 
 } // namespace NS

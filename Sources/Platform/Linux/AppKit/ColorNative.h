@@ -7,7 +7,7 @@
 
 class QPalette;
 
-namespace NS {
+namespace Linux {
 
 struct ColorNative : Native {
     enum class Kind { Fixed, Label, SecondaryLabel, TertiaryLabel };
@@ -19,4 +19,7 @@ struct ColorNative : Native {
     QColor resolved(const QPalette& palette) const;
 };
 
-} // namespace NS
+template <>
+struct NativeOf<Color> : std::type_identity<ColorNative> {};
+
+} // namespace Linux

@@ -10,7 +10,7 @@
 #include <QStyleOptionSpinBox>
 #include <QTimeEdit>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -64,14 +64,19 @@ private:
     }
 };
 
-DatePickerNative& native(const DatePicker& picker) {
-    return Bridge::native<DatePickerNative>(picker);
-}
-
 } // namespace
 
+template <>
+struct NativeOf<DatePicker> : std::type_identity<DatePickerNative> {};
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 DatePicker DatePicker::initWithFrame(const Rect&) {
-    return Bridge::handle<DatePicker>(std::make_shared<DatePickerNative>(new TimeEdit));
+    return handle<DatePicker>(std::make_shared<DatePickerNative>(new TimeEdit));
 }
 
 void DatePicker::setDatePickerStyle(DatePickerStyle style) {

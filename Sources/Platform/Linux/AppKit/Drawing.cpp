@@ -1,6 +1,6 @@
 #include "Platform/Linux/AppKit/Drawing.h"
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -38,4 +38,4 @@ QColor Drawing::tinted(const QColor& color) const {
     return result;
 }
 
-} // namespace NS
+} // namespace Linux

@@ -4,7 +4,7 @@
 
 class QPainter;
 
-namespace NS {
+namespace Linux {
 
 /// The drawing under way on this thread: what paths and colours draw into.
 class Drawing {
@@ -34,4 +34,4 @@ private:
     Drawing* outer_;
 };
 
-} // namespace NS
+} // namespace Linux

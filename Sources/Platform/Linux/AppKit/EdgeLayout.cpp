@@ -3,7 +3,7 @@
 #include <QWidget>
 #include <algorithm>
 
-namespace NS {
+namespace Linux {
 
 EdgeLayout& EdgeLayout::of(QWidget& superview) {
     auto* layout = dynamic_cast<EdgeLayout*>(superview.layout());
@@ -80,4 +80,4 @@ void EdgeLayout::setGeometry(const QRect& rect) {
     }
 }
 
-} // namespace NS
+} // namespace Linux

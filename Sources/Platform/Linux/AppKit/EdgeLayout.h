@@ -1,13 +1,13 @@
 #pragma once
 
-#include "Platform/Linux/AppKit/LayoutNative.h"
+#include "Platform/Linux/AppKit/Anchors.h"
 #include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <QLayout>
 #include <memory>
 #include <vector>
 
-namespace NS {
+namespace Linux {
 
 /// Lays out the subviews of a plain view by their distances to its edges. Distances that may be larger count for the
 /// size that the view would like to have; whatever it gets, what is centred stays in the middle and as large as it is.
@@ -40,4 +40,4 @@ private:
     std::vector<Place> places_;
 };
 
-} // namespace NS
+} // namespace Linux

@@ -6,7 +6,7 @@
 #include <QFontInfo>
 #include <cmath>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -21,6 +21,12 @@ QFont FontNative::font() const {
     return font;
 }
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 Font Font::systemFontOfSize(double size) {
     return systemFontOfSizeWeight(size, FontWeight::Regular);
 }
@@ -29,7 +35,7 @@ Font Font::systemFontOfSizeWeight(double size, FontWeight weight) {
     auto native = std::make_shared<FontNative>();
     native->pointSize = size;
     native->weight = weight;
-    return Bridge::handle<Font>(std::move(native));
+    return handle<Font>(std::move(native));
 }
 
 double Font::smallSystemFontSize() {
@@ -37,7 +43,7 @@ double Font::smallSystemFontSize() {
 }
 
 double Font::pointSize() const {
-    return Bridge::native<FontNative>(*this).pointSize;
+    return native(*this).pointSize;
 }
 
 } // namespace NS

@@ -5,7 +5,7 @@
 
 #include <QFont>
 
-namespace NS {
+namespace Linux {
 
 struct FontNative : Native {
     double pointSize = 0;
@@ -15,4 +15,7 @@ struct FontNative : Native {
     QFont font() const;
 };
 
-} // namespace NS
+template <>
+struct NativeOf<Font> : std::type_identity<FontNative> {};
+
+} // namespace Linux

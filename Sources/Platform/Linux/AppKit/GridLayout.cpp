@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <numeric>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -27,7 +27,7 @@ void GridLayout::setPlan(GridPlan plan) {
 GridLayout::RowSize GridLayout::sizeOf(const std::vector<GridPlace>& row) const {
     RowSize size;
     for (const auto& place : row) {
-        const int height = NS::sizeOf(*place.view).height();
+        const int height = Linux::sizeOf(*place.view).height();
         const int above = plan_.alignsBaselines ? baselineOf(*place.view) : 0;
         size.above = std::max(size.above, above);
         size.below = std::max(size.below, height - above);
@@ -43,7 +43,7 @@ std::vector<int> GridLayout::columnWidths() const {
             for (const auto& place : row) {
                 if ((place.span > 1) == spanning) {
                     auto& last = widths.at(static_cast<std::size_t>(place.column + place.span - 1));
-                    last += std::max(0, NS::sizeOf(*place.view).width() - widthOf(place, widths));
+                    last += std::max(0, Linux::sizeOf(*place.view).width() - widthOf(place, widths));
                 }
             }
         }
@@ -78,7 +78,7 @@ void GridLayout::setGeometry(const QRect& rect) {
     for (const auto& row : plan_.rows) {
         const auto rowSize = sizeOf(row);
         for (const auto& place : row) {
-            const QSize size = NS::sizeOf(*place.view);
+            const QSize size = Linux::sizeOf(*place.view);
             const int before =
                 std::accumulate(widths.begin(), widths.begin() + place.column, place.column * plan_.columnSpacing);
             const int free = place.isTrailing ? widthOf(place, widths) - size.width() : 0;
@@ -90,4 +90,4 @@ void GridLayout::setGeometry(const QRect& rect) {
     }
 }
 
-} // namespace NS
+} // namespace Linux

@@ -5,7 +5,7 @@
 #include <QLayout>
 #include <vector>
 
-namespace NS {
+namespace Linux {
 
 /// Where a view stands in a grid.
 struct GridPlace {
@@ -57,4 +57,4 @@ private:
     GridPlan plan_;
 };
 
-} // namespace NS
+} // namespace Linux

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -77,7 +77,7 @@ private:
         for (std::size_t column = 0; column < row.cells.size(); ++column) {
             const auto& cell = *row.cells[column];
             if (cell.view && cell.column == static_cast<long>(column)) { // and not merged into one before
-                places.push_back({&Bridge::native<ViewNative>(cell.view), static_cast<int>(column),
+                places.push_back({&native(cell.view), static_cast<int>(column),
                                   static_cast<int>(cell.span), isTrailing(cell)});
             }
         }
@@ -91,10 +91,6 @@ private:
     }
 };
 
-GridViewNative& native(const GridView& grid) {
-    return Bridge::native<GridViewNative>(grid);
-}
-
 // Rows, columns and cells may outlive their grid.
 void layOut(const std::weak_ptr<GridViewNative>& grid) {
     if (const auto shared = grid.lock()) {
@@ -103,6 +99,15 @@ void layOut(const std::weak_ptr<GridViewNative>& grid) {
 }
 
 } // namespace
+
+template <>
+struct NativeOf<GridView> : std::type_identity<GridViewNative> {};
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 GridView GridView::gridViewWithViews(const std::vector<std::vector<View>>& rows) {
     auto grid = std::make_shared<GridViewNative>();
@@ -115,7 +120,7 @@ GridView GridView::gridViewWithViews(const std::vector<std::vector<View>>& rows)
             cell->column = static_cast<long>(row->cells.size());
             if (!(view == GridCell::emptyContentView())) {
                 cell->view = view;
-                grid->adopt(Bridge::shared<ViewNative>(view));
+                grid->adopt(shared(view));
             }
             row->cells.push_back(std::move(cell));
         }
@@ -126,7 +131,7 @@ GridView GridView::gridViewWithViews(const std::vector<std::vector<View>>& rows)
         grid->columns.back()->grid = grid;
     }
     grid->layOut();
-    return Bridge::handle<GridView>(std::move(grid));
+    return handle<GridView>(std::move(grid));
 }
 
 long GridView::numberOfRows() const {
@@ -138,18 +143,18 @@ long GridView::numberOfColumns() const {
 }
 
 GridRow GridView::rowAtIndex(long index) const {
-    return Bridge::handle<GridRow>(native(*this).rows.at(static_cast<std::size_t>(index)));
+    return handle<GridRow>(native(*this).rows.at(static_cast<std::size_t>(index)));
 }
 
 GridColumn GridView::columnAtIndex(long index) const {
-    return Bridge::handle<GridColumn>(native(*this).columns.at(static_cast<std::size_t>(index)));
+    return handle<GridColumn>(native(*this).columns.at(static_cast<std::size_t>(index)));
 }
 
 GridCell GridView::cellForView(const View& view) const {
     for (const auto& row : native(*this).rows) {
         for (const auto& cell : row->cells) {
             if (cell->view == view) {
-                return Bridge::handle<GridCell>(cell);
+                return handle<GridCell>(cell);
             }
         }
     }
@@ -184,36 +189,36 @@ GridRowAlignment GridView::rowAlignment() const {
 }
 
 void GridColumn::setXPlacement(GridCellPlacement placement) {
-    auto& self = Bridge::native<ColumnNative>(*this);
+    auto& self = object<ColumnNative>(*this);
     self.placement = placement;
     layOut(self.grid);
 }
 
 GridCellPlacement GridColumn::xPlacement() const {
-    return Bridge::native<ColumnNative>(*this).placement;
+    return object<ColumnNative>(*this).placement;
 }
 
 void GridRow::setHidden(bool hidden) {
-    auto& self = Bridge::native<RowNative>(*this);
+    auto& self = object<RowNative>(*this);
     self.isHidden = hidden;
     for (const auto& cell : self.cells) {
         if (cell->view) {
-            Bridge::native<ViewNative>(cell->view).widget->setVisible(!hidden);
+            native(cell->view).widget->setVisible(!hidden);
         }
     }
     layOut(self.grid);
 }
 
 bool GridRow::isHidden() const {
-    return Bridge::native<RowNative>(*this).isHidden;
+    return object<RowNative>(*this).isHidden;
 }
 
 GridCell GridRow::cellAtIndex(long index) const {
-    return Bridge::handle<GridCell>(Bridge::native<RowNative>(*this).cells.at(static_cast<std::size_t>(index)));
+    return handle<GridCell>(object<RowNative>(*this).cells.at(static_cast<std::size_t>(index)));
 }
 
 void GridRow::mergeCellsInRange(long location, long length) {
-    auto& self = Bridge::native<RowNative>(*this);
+    auto& self = object<RowNative>(*this);
     const auto first = self.cells.begin() + location;
     (*first)->span = length;
     std::fill(first + 1, first + length, *first);
@@ -221,20 +226,20 @@ void GridRow::mergeCellsInRange(long location, long length) {
 }
 
 View GridCell::emptyContentView() {
-    static const auto empty = Bridge::handle<View>(std::make_shared<ViewNative>(nullptr));
+    static const auto empty = handle<View>(std::make_shared<ViewNative>(nullptr));
     return empty;
 }
 
 View GridCell::contentView() const {
-    return Bridge::native<CellNative>(*this).view;
+    return object<CellNative>(*this).view;
 }
 
 GridRow GridCell::row() const {
-    return Bridge::handle<GridRow>(Bridge::native<CellNative>(*this).row.lock());
+    return handle<GridRow>(object<CellNative>(*this).row.lock());
 }
 
 void GridCell::setXPlacement(GridCellPlacement placement) {
-    auto& self = Bridge::native<CellNative>(*this);
+    auto& self = object<CellNative>(*this);
     self.placement = placement;
     if (const auto row = self.row.lock()) {
         layOut(row->grid);
@@ -242,7 +247,7 @@ void GridCell::setXPlacement(GridCellPlacement placement) {
 }
 
 GridCellPlacement GridCell::xPlacement() const {
-    return Bridge::native<CellNative>(*this).placement;
+    return object<CellNative>(*this).placement;
 }
 
 } // namespace NS

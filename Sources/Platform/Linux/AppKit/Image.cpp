@@ -6,7 +6,7 @@
 #include <QPainter>
 #include <cmath>
 
-namespace NS {
+namespace Linux {
 
 QImage ImageNative::render(double scale, const QColor& tint) const {
     const QSize pixels(static_cast<int>(std::lround(size.width * scale)),
@@ -24,24 +24,30 @@ QImage ImageNative::render(double scale, const QColor& tint) const {
     return result;
 }
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 Image Image::imageWithSize(const Size& size, bool flipped, std::function<bool(const Rect&)> handler) {
     Q_ASSERT_X(!flipped, "Image::imageWithSize", "only images with y growing upwards are drawn here");
     auto native = std::make_shared<ImageNative>();
     native->size = size;
     native->handler = std::move(handler);
-    return Bridge::handle<Image>(std::move(native));
+    return handle<Image>(std::move(native));
 }
 
 Size Image::size() const {
-    return Bridge::native<ImageNative>(*this).size;
+    return native(*this).size;
 }
 
 void Image::setTemplate(bool isTemplate) {
-    Bridge::native<ImageNative>(*this).isTemplate = isTemplate;
+    native(*this).isTemplate = isTemplate;
 }
 
 bool Image::isTemplate() const {
-    return Bridge::native<ImageNative>(*this).isTemplate;
+    return native(*this).isTemplate;
 }
 
 } // namespace NS

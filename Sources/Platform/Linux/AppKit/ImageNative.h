@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/AppKit/Image.h"
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Linux/Native.h"
 
@@ -7,7 +8,7 @@
 #include <QImage>
 #include <functional>
 
-namespace NS {
+namespace Linux {
 
 struct ImageNative : Native {
     Size size;
@@ -18,4 +19,7 @@ struct ImageNative : Native {
     QImage render(double scale, const QColor& tint) const;
 };
 
-} // namespace NS
+template <>
+struct NativeOf<Image> : std::type_identity<ImageNative> {};
+
+} // namespace Linux

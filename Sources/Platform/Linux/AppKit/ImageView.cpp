@@ -5,7 +5,7 @@
 
 #include <QPainter>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -33,13 +33,19 @@ struct ImageViewNative : ViewNative {
 
 } // namespace
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 ImageView ImageView::imageViewWithImage(const Image& image) {
-    auto* widget = new ImageWidget(Bridge::shared<ImageNative>(image));
-    return Bridge::handle<ImageView>(std::make_shared<ImageViewNative>(widget, image));
+    auto* widget = new ImageWidget(shared(image));
+    return handle<ImageView>(std::make_shared<ImageViewNative>(widget, image));
 }
 
 Image ImageView::image() const {
-    return Bridge::native<ImageViewNative>(*this).image;
+    return object<ImageViewNative>(*this).image;
 }
 
 } // namespace NS

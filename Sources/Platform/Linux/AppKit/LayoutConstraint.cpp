@@ -1,12 +1,12 @@
 #include "Platform/AppKit/LayoutConstraint.h"
 
 #include "Platform/Linux/AppKit/EdgeLayout.h"
-#include "Platform/Linux/AppKit/LayoutNative.h"
+#include "Platform/Linux/AppKit/Anchors.h"
 #include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <cmath>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -56,10 +56,10 @@ struct EdgeConstraint : ConstraintNative {
 // A distance of at least so much is exactly so much wherever the view may be as large as it likes.
 LayoutConstraint edgeConstraint(const Object& anchor, const Object& ofSuperview, double constant) {
     auto native = std::make_shared<EdgeConstraint>();
-    native->anchor = Bridge::shared<AnchorNative>(anchor);
-    native->ofSuperview = Bridge::shared<AnchorNative>(ofSuperview);
+    native->anchor = sharedObject<AnchorNative>(anchor);
+    native->ofSuperview = sharedObject<AnchorNative>(ofSuperview);
     native->constant = constant;
-    return Bridge::handle<LayoutConstraint>(std::move(native));
+    return handle<LayoutConstraint>(std::move(native));
 }
 
 } // namespace
@@ -68,14 +68,20 @@ LayoutDimension makeDimension(std::shared_ptr<ViewNative> view, Qt::Orientation 
     auto native = std::make_shared<DimensionNative>();
     native->view = std::move(view);
     native->orientation = orientation;
-    return Bridge::handle<LayoutDimension>(std::move(native));
+    return handle<LayoutDimension>(std::move(native));
 }
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 LayoutConstraint LayoutDimension::constraintEqualToConstant(double constant) const {
     auto native = std::make_shared<LengthConstraint>();
-    native->dimension = Bridge::shared<DimensionNative>(*this);
+    native->dimension = sharedObject<DimensionNative>(*this);
     native->constant = constant;
-    return Bridge::handle<LayoutConstraint>(std::move(native));
+    return handle<LayoutConstraint>(std::move(native));
 }
 
 LayoutConstraint LayoutXAxisAnchor::constraintEqualToAnchor(const LayoutXAxisAnchor& anchor) const {
@@ -98,18 +104,18 @@ LayoutConstraint LayoutYAxisAnchor::constraintEqualToAnchor(const LayoutYAxisAnc
 
 void LayoutConstraint::activateConstraints(const std::vector<LayoutConstraint>& constraints) {
     for (const auto& constraint : constraints) {
-        auto& native = Bridge::native<ConstraintNative>(constraint);
+        auto& native = object<ConstraintNative>(constraint);
         native.isActive = true;
         native.apply();
     }
 }
 
 double LayoutConstraint::constant() const {
-    return Bridge::native<ConstraintNative>(*this).constant;
+    return object<ConstraintNative>(*this).constant;
 }
 
 bool LayoutConstraint::isActive() const {
-    return Bridge::native<ConstraintNative>(*this).isActive;
+    return object<ConstraintNative>(*this).isActive;
 }
 
 } // namespace NS

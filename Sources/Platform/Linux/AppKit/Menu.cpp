@@ -7,17 +7,9 @@
 #include <QMenu>
 #include <QScreen>
 
-namespace NS {
+namespace Linux {
 
 namespace {
-
-MenuItemNative& native(const MenuItem& item) {
-    return Bridge::native<MenuItemNative>(item);
-}
-
-MenuNative& native(const Menu& menu) {
-    return Bridge::native<MenuNative>(menu);
-}
 
 /// A menu whose shortcuts work while it is open, as on a Mac, though no window of ours has the focus.
 class PopUpMenu : public QMenu {
@@ -80,18 +72,24 @@ void MenuNative::popUp(const QPoint& where) const {
     }
 }
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 MenuItem::MenuItem(const std::string& title, std::function<void()> action, const std::string& keyEquivalent) {
     auto native = std::make_shared<MenuItemNative>();
     native->title = QString::fromStdString(title);
     native->action = std::move(action);
     native->keyEquivalent = QString::fromStdString(keyEquivalent);
-    *this = Bridge::handle<MenuItem>(std::move(native));
+    *this = handle<MenuItem>(std::move(native));
 }
 
 MenuItem MenuItem::separatorItem() {
     auto native = std::make_shared<MenuItemNative>();
     native->isSeparator = true;
-    return Bridge::handle<MenuItem>(std::move(native));
+    return handle<MenuItem>(std::move(native));
 }
 
 bool MenuItem::isSeparatorItem() const {
@@ -119,11 +117,11 @@ bool MenuItem::isEnabled() const {
 }
 
 Menu Menu::menu() {
-    return Bridge::handle<Menu>(std::make_shared<MenuNative>());
+    return handle<Menu>(std::make_shared<MenuNative>());
 }
 
 void Menu::addItem(const MenuItem& item) {
-    native(*this).items.push_back(Bridge::shared<MenuItemNative>(item));
+    native(*this).items.push_back(shared(item));
 }
 
 long Menu::numberOfItems() const {
@@ -134,12 +132,12 @@ MenuItem Menu::itemAtIndex(long index) const {
     if (index < 0 || index >= numberOfItems()) {
         return {};
     }
-    return Bridge::handle<MenuItem>(native(*this).items[static_cast<std::size_t>(index)]);
+    return handle<MenuItem>(native(*this).items[static_cast<std::size_t>(index)]);
 }
 
 void Menu::performActionForItemAtIndex(long index) {
     if (const auto item = itemAtIndex(index)) {
-        choose(*Bridge::shared<MenuItemNative>(item));
+        choose(*shared(item));
     }
 }
 

@@ -10,7 +10,7 @@
 
 class QPoint;
 
-namespace NS {
+namespace Linux {
 
 struct MenuItemNative : Native {
     bool isSeparator = false;
@@ -20,6 +20,9 @@ struct MenuItemNative : Native {
     bool enabled = true;
 };
 
+template <>
+struct NativeOf<MenuItem> : std::type_identity<MenuItemNative> {};
+
 struct MenuNative : Native {
     std::vector<std::shared_ptr<MenuItemNative>> items;
 
@@ -27,4 +30,7 @@ struct MenuNative : Native {
     void popUp(const QPoint& where) const;
 };
 
-} // namespace NS
+template <>
+struct NativeOf<Menu> : std::type_identity<MenuNative> {};
+
+} // namespace Linux

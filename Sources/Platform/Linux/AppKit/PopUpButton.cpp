@@ -6,7 +6,7 @@
 #include <QStyle>
 #include <QStyleOptionComboBox>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -31,14 +31,19 @@ struct PopUpButtonNative : ViewNative {
     QPointer<PopUp> box;
 };
 
-PopUpButtonNative& native(const PopUpButton& button) {
-    return Bridge::native<PopUpButtonNative>(button);
-}
-
 } // namespace
 
+template <>
+struct NativeOf<PopUpButton> : std::type_identity<PopUpButtonNative> {};
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 PopUpButton PopUpButton::initWithFrame(const Rect&, bool) {
-    return Bridge::handle<PopUpButton>(std::make_shared<PopUpButtonNative>(new PopUp));
+    return handle<PopUpButton>(std::make_shared<PopUpButtonNative>(new PopUp));
 }
 
 void PopUpButton::addItemsWithTitles(const std::vector<std::string>& titles) {

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <map>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -21,7 +21,7 @@ struct StackViewNative : ViewNative {
     EdgeInsets insets;
 
     double spacingAfter(const View& view) const {
-        const auto custom = customSpacing.find(&Bridge::native<ViewNative>(view));
+        const auto custom = customSpacing.find(&native(view));
         return custom == customSpacing.end() ? spacing : custom->second;
     }
 
@@ -34,7 +34,7 @@ struct StackViewNative : ViewNative {
         box->setContentsMargins(pixels(insets.left), pixels(insets.top), pixels(insets.right), pixels(insets.bottom));
         const auto across = alignment == LayoutAttribute::Leading ? Qt::AlignLeading : Qt::AlignHCenter;
         for (const auto& view : views) {
-            box->addWidget(Bridge::native<ViewNative>(view).widget, 0, vertical ? across : Qt::AlignVCenter);
+            box->addWidget(native(view).widget, 0, vertical ? across : Qt::AlignVCenter);
             if (!(view == views.back())) {
                 box->addSpacing(pixels(spacingAfter(view)));
             }
@@ -44,20 +44,25 @@ struct StackViewNative : ViewNative {
     static int pixels(double points) { return static_cast<int>(std::lround(points)); }
 };
 
-StackViewNative& native(const StackView& stack) {
-    return Bridge::native<StackViewNative>(stack);
-}
-
 } // namespace
+
+template <>
+struct NativeOf<StackView> : std::type_identity<StackViewNative> {};
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 StackView StackView::stackViewWithViews(const std::vector<View>& views) {
     auto native = std::make_shared<StackViewNative>();
     native->views = views;
     for (const auto& view : views) {
-        native->adopt(Bridge::shared<ViewNative>(view));
+        native->adopt(shared(view));
     }
     native->layOut();
-    return Bridge::handle<StackView>(std::move(native));
+    return handle<StackView>(std::move(native));
 }
 
 std::vector<View> StackView::arrangedSubviews() const {
@@ -92,7 +97,7 @@ double StackView::spacing() const {
 }
 
 void StackView::setCustomSpacingAfterView(double spacing, const View& view) {
-    native(*this).customSpacing[&Bridge::native<ViewNative>(view)] = spacing;
+    native(*this).customSpacing[&native(view)] = spacing;
     native(*this).layOut();
 }
 

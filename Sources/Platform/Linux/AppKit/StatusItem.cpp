@@ -1,19 +1,15 @@
 #include "Platform/AppKit/StatusItem.h"
 
-#include "Platform/Linux/AppKit/ApplicationNative.h"
+#include "Platform/Linux/AppKit/CurrentEvent.h"
 #include "Platform/Linux/AppKit/MenuNative.h"
 #include "Platform/Linux/AppKit/StatusItemNative.h"
 
 #include <QApplication>
 #include <QWidget>
 
-namespace NS {
+namespace Linux {
 
 namespace {
-
-StatusItemNative& native(const Object& item) {
-    return Bridge::native<StatusItemNative>(item);
-}
 
 bool contains(EventMask mask, EventType type) {
     return (static_cast<unsigned long long>(mask) & (1ULL << static_cast<unsigned long>(type))) != 0;
@@ -50,19 +46,25 @@ void StatusItemNative::performClick() {
     if (menu && asked_) {
         *asked_ = menu;
     } else if (menu) {
-        Bridge::shared<MenuNative>(menu)->popUp(lastClick_);
+        shared(menu)->popUp(lastClick_);
     } else if (const auto copy = action) {
         copy();
     }
 }
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 void StatusBarButton::setImage(const Image& image) {
-    native(*this).image = Bridge::shared<ImageNative>(image);
+    native(*this).image = shared(image);
     native(*this).presenter->imageChanged();
 }
 
 Image StatusBarButton::image() const {
-    return Bridge::handle<Image>(native(*this).image);
+    return handle<Image>(native(*this).image);
 }
 
 void StatusBarButton::setToolTip(const std::string& text) {
@@ -83,7 +85,7 @@ EventMask StatusBarButton::sendActionOn(EventMask mask) {
 }
 
 void StatusBarButton::performClick() {
-    Bridge::shared<StatusItemNative>(*this)->performClick();
+    shared(*this)->performClick();
 }
 
 double StatusItem::length() const {
@@ -100,7 +102,7 @@ StatusItemBehavior StatusItem::behavior() const {
 
 // An item and its button are one object here.
 StatusBarButton StatusItem::button() const {
-    return Bridge::handle<StatusBarButton>(Bridge::shared<StatusItemNative>(*this));
+    return handle<StatusBarButton>(shared(*this));
 }
 
 void StatusItem::setMenu(const Menu& menu) {
@@ -112,14 +114,14 @@ Menu StatusItem::menu() const {
 }
 
 StatusBar StatusBar::systemStatusBar() {
-    return Bridge::handle<StatusBar>(std::make_shared<Native>());
+    return handle<StatusBar>(std::make_shared<Native>());
 }
 
 StatusItem StatusBar::statusItemWithLength(double length) {
     auto native = std::make_shared<StatusItemNative>();
     native->length = length;
     native->presenter = makeStatusItemPresenter(*native);
-    return Bridge::handle<StatusItem>(std::move(native));
+    return handle<StatusItem>(std::move(native));
 }
 
 } // namespace NS

@@ -3,21 +3,14 @@
 #include "Platform/AppKit/StatusItem.h"
 #include "Platform/Linux/AppKit/ImageNative.h"
 #include "Platform/Linux/Native.h"
+#include "Platform/Linux/Seam.h"
 
 #include <QPoint>
 #include <QString>
 #include <functional>
 #include <memory>
 
-namespace NS {
-
-/// What shows a status item in the session's bar, and brings it the user's clicks. It lives as long as its item.
-class StatusItemPresenter {
-public:
-    virtual ~StatusItemPresenter() = default;
-    virtual void imageChanged() = 0;
-    virtual void toolTipChanged() = 0;
-};
+namespace Linux {
 
 struct StatusItemNative : Native, std::enable_shared_from_this<StatusItemNative> {
     double length = 0;
@@ -44,8 +37,10 @@ private:
     Menu* asked_ = nullptr; // where performClick leaves the menu instead of opening it
 };
 
-/// The presenter of this session: by StatusNotifierItem where a host is registered, in the X11 tray otherwise,
-/// changing over when that changes.
-std::unique_ptr<StatusItemPresenter> makeStatusItemPresenter(StatusItemNative& item);
+template <>
+struct NativeOf<StatusItem> : std::type_identity<StatusItemNative> {};
 
-} // namespace NS
+template <>
+struct NativeOf<StatusBarButton> : NativeOf<StatusItem> {};
+
+} // namespace Linux

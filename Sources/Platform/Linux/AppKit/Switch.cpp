@@ -1,6 +1,6 @@
 #include "Platform/AppKit/Switch.h"
 
-#include "Platform/Linux/AppKit/Appearance.h"
+#include "Platform/Linux/AppKit/Palette.h"
 #include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <QCheckBox>
@@ -8,7 +8,7 @@
 #include <QStyleOptionButton>
 #include <algorithm>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -94,14 +94,19 @@ struct SwitchNative : ViewNative {
     QPointer<SwitchWidget> button;
 };
 
-SwitchNative& native(const Switch& control) {
-    return Bridge::native<SwitchNative>(control);
-}
-
 } // namespace
 
+template <>
+struct NativeOf<Switch> : std::type_identity<SwitchNative> {};
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 Switch Switch::initWithFrame(const Rect&) {
-    return Bridge::handle<Switch>(std::make_shared<SwitchNative>(new SwitchWidget));
+    return handle<Switch>(std::make_shared<SwitchNative>(new SwitchWidget));
 }
 
 void Switch::setState(ControlStateValue state) {

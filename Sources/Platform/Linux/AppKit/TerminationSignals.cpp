@@ -4,7 +4,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -50,4 +50,4 @@ TerminationSignals::~TerminationSignals() {
     close(pipe_[1]);
 }
 
-} // namespace NS
+} // namespace Linux

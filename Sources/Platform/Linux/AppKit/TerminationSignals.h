@@ -5,7 +5,7 @@
 #include <csignal>
 #include <functional>
 
-namespace NS {
+namespace Linux {
 
 /// Brings SIGTERM, SIGINT and SIGHUP to the event loop, for the life of this object (one at a time).
 class TerminationSignals {
@@ -22,4 +22,4 @@ private:
     QSocketNotifier notifier_;
 };
 
-} // namespace NS
+} // namespace Linux

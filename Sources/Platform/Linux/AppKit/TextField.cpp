@@ -9,7 +9,7 @@
 #include <QLabel>
 #include <cmath>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -83,12 +83,8 @@ struct TextFieldNative : ViewNative {
     double preferredMaxLayoutWidth = 0;
 };
 
-TextFieldNative& native(const TextField& field) {
-    return Bridge::native<TextFieldNative>(field);
-}
-
 TextField make(const std::string& text, bool wraps) {
-    return Bridge::handle<TextField>(std::make_shared<TextFieldNative>(new Label(QString::fromStdString(text)), wraps));
+    return handle<TextField>(std::make_shared<TextFieldNative>(new Label(QString::fromStdString(text)), wraps));
 }
 
 Qt::Alignment qt(TextAlignment alignment) {
@@ -104,6 +100,15 @@ Qt::Alignment qt(TextAlignment alignment) {
 }
 
 } // namespace
+
+template <>
+struct NativeOf<TextField> : std::type_identity<TextFieldNative> {};
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 TextField TextField::labelWithString(const std::string& text) {
     return make(text, /*wraps=*/false);
@@ -123,7 +128,7 @@ std::string TextField::stringValue() const {
 
 void TextField::setFont(const Font& font) {
     native(*this).font = font;
-    native(*this).label->setFont(Bridge::native<FontNative>(font).font());
+    native(*this).label->setFont(native(font).font());
 }
 
 Font TextField::font() const {
@@ -132,7 +137,7 @@ Font TextField::font() const {
 
 void TextField::setTextColor(const Color& color) {
     native(*this).color = color;
-    native(*this).label->setColor(Bridge::shared<ColorNative>(color));
+    native(*this).label->setColor(shared(color));
 }
 
 Color TextField::textColor() const {

@@ -1,13 +1,12 @@
 #include "Platform/AppKit/View.h"
 
-#include "Platform/AppKit/Control.h"
-#include "Platform/Linux/AppKit/LayoutNative.h"
+#include "Platform/Linux/AppKit/Anchors.h"
 #include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <QLabel>
 #include <QLayout>
 
-namespace NS {
+namespace Linux {
 
 ViewNative::~ViewNative() {
     for (const auto& subview : subviews) {
@@ -45,75 +44,69 @@ void activateLayouts(QWidget& widget) {
 
 } // namespace
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 View View::initWithFrame(const Rect& frame) {
     auto native = std::make_shared<ViewNative>(new QWidget);
     native->widget->resize(QSizeF(frame.size.width, frame.size.height).toSize());
-    return Bridge::handle<View>(std::move(native));
+    return handle<View>(std::move(native));
 }
 
 void View::addSubview(const View& view) {
-    Bridge::native<ViewNative>(*this).adopt(Bridge::shared<ViewNative>(view));
+    native(*this).adopt(shared(view));
 }
 
 void View::setTranslatesAutoresizingMaskIntoConstraints(bool translates) {
-    Bridge::native<ViewNative>(*this).translatesAutoresizingMask = translates;
+    native(*this).translatesAutoresizingMask = translates;
 }
 
 bool View::translatesAutoresizingMaskIntoConstraints() const {
-    return Bridge::native<ViewNative>(*this).translatesAutoresizingMask;
+    return native(*this).translatesAutoresizingMask;
 }
 
 LayoutXAxisAnchor View::leadingAnchor() const {
-    return makeAnchor<LayoutXAxisAnchor>(Bridge::shared<ViewNative>(*this), Edge::Leading);
+    return makeAnchor<LayoutXAxisAnchor>(shared(*this), Edge::Leading);
 }
 
 LayoutXAxisAnchor View::trailingAnchor() const {
-    return makeAnchor<LayoutXAxisAnchor>(Bridge::shared<ViewNative>(*this), Edge::Trailing);
+    return makeAnchor<LayoutXAxisAnchor>(shared(*this), Edge::Trailing);
 }
 
 LayoutXAxisAnchor View::centerXAnchor() const {
-    return makeAnchor<LayoutXAxisAnchor>(Bridge::shared<ViewNative>(*this), Edge::CenterX);
+    return makeAnchor<LayoutXAxisAnchor>(shared(*this), Edge::CenterX);
 }
 
 LayoutYAxisAnchor View::topAnchor() const {
-    return makeAnchor<LayoutYAxisAnchor>(Bridge::shared<ViewNative>(*this), Edge::Top);
+    return makeAnchor<LayoutYAxisAnchor>(shared(*this), Edge::Top);
 }
 
 LayoutYAxisAnchor View::bottomAnchor() const {
-    return makeAnchor<LayoutYAxisAnchor>(Bridge::shared<ViewNative>(*this), Edge::Bottom);
+    return makeAnchor<LayoutYAxisAnchor>(shared(*this), Edge::Bottom);
 }
 
 LayoutDimension View::widthAnchor() const {
-    return makeDimension(Bridge::shared<ViewNative>(*this), Qt::Horizontal);
+    return makeDimension(shared(*this), Qt::Horizontal);
 }
 
 LayoutDimension View::heightAnchor() const {
-    return makeDimension(Bridge::shared<ViewNative>(*this), Qt::Vertical);
+    return makeDimension(shared(*this), Qt::Vertical);
 }
 
 Size View::fittingSize() const {
-    const auto& widget = Bridge::native<ViewNative>(*this).widget;
+    const auto& widget = native(*this).widget;
     activateLayouts(*widget);
-    const QSize size = widget->sizeHint().shrunkBy(Bridge::native<ViewNative>(*this).alignmentInsets());
+    const QSize size = widget->sizeHint().shrunkBy(native(*this).alignmentInsets());
     return {static_cast<double>(size.width()), static_cast<double>(size.height())};
 }
 
 void View::setAccessibilityTitleUIElement(const View& title) {
-    if (auto* label = qobject_cast<QLabel*>(Bridge::native<ViewNative>(title).widget)) {
-        label->setBuddy(Bridge::native<ViewNative>(*this).widget);
+    if (auto* label = qobject_cast<QLabel*>(native(title).widget)) {
+        label->setBuddy(native(*this).widget);
     }
-}
-
-void Control::setAction(std::function<void()> action) {
-    Bridge::native<ViewNative>(*this).action = std::move(action);
-}
-
-void Control::setEnabled(bool enabled) {
-    Bridge::native<ViewNative>(*this).widget->setEnabled(enabled);
-}
-
-bool Control::isEnabled() const {
-    return Bridge::native<ViewNative>(*this).widget->isEnabled();
 }
 
 } // namespace NS

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/AppKit/View.h"
+#include "Platform/AppKit/Control.h"
 #include "Platform/Linux/Native.h"
 
 #include <QMargins>
@@ -10,7 +10,7 @@
 #include <memory>
 #include <vector>
 
-namespace NS {
+namespace Linux {
 
 /// A view and its widget. The widget's parent is the superview's widget, and the superview's native keeps this one.
 struct ViewNative : Native {
@@ -37,4 +37,10 @@ struct ViewNative : Native {
     void sendAction() const;
 };
 
-} // namespace NS
+template <>
+struct NativeOf<View> : std::type_identity<ViewNative> {};
+
+template <>
+struct NativeOf<Control> : NativeOf<View> {};
+
+} // namespace Linux

@@ -11,7 +11,7 @@
 #include <QWidget>
 #include <cmath>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -52,10 +52,6 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
     return window ? new QAccessibleWidget(window, QAccessible::Dialog) : nullptr;
 }
 
-WindowNative& native(const Window& window) {
-    return Bridge::native<WindowNative>(window);
-}
-
 // The keyboard starts at the choice that is made, if there is one, and else before the first control: none of them is
 // worked unseen.
 void setInitialFocus(QWidget& window) {
@@ -93,11 +89,17 @@ void WindowNative::setContentSize(const Size& size) const {
     widget->setFixedSize(static_cast<int>(std::ceil(size.width)), static_cast<int>(std::ceil(size.height)));
 }
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 Window::Window(const Rect& contentRect, WindowStyleMask style, BackingStore, bool) {
     QAccessible::installFactory(makeAccessible); // once, however often
     auto native = std::make_shared<WindowNative>(contentRect, style);
     WindowNative::all().push_back(native);
-    *this = Bridge::handle<Window>(std::move(native));
+    *this = handle<Window>(std::move(native));
 }
 
 WindowStyleMask Window::styleMask() const {
@@ -141,12 +143,12 @@ bool Window::titlebarAppearsTransparent() const {
 
 void Window::setContentView(const View& view) {
     auto& self = native(*this);
-    self.content = Bridge::shared<ViewNative>(view);
+    self.content = shared(view);
     self.widget->layout()->addWidget(self.content->widget);
 }
 
 View Window::contentView() const {
-    return Bridge::handle<View>(native(*this).content);
+    return handle<View>(native(*this).content);
 }
 
 void Window::setContentSize(const Size& size) {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace NS {
+namespace Linux {
 
 struct WindowNative : Native {
     WindowNative(const Rect& contentRect, WindowStyleMask styleMask);
@@ -30,4 +30,7 @@ struct WindowNative : Native {
     bool titlebarTransparent = false;
 };
 
-} // namespace NS
+template <>
+struct NativeOf<Window> : std::type_identity<WindowNative> {};
+
+} // namespace Linux

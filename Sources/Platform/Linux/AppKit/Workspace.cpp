@@ -1,19 +1,25 @@
 #include "Platform/AppKit/Workspace.h"
 
-#include "Platform/Linux/AppKit/WorkspaceNative.h"
 #include "Platform/Linux/Foundation/NotificationCenterNative.h"
 #include "Platform/Linux/Native.h"
+#include "Platform/Linux/Seam.h"
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
 struct WorkspaceNative : Native {
-    NotificationCenter center = makeNotificationCenter();
+    NotificationCenter center = handle<NotificationCenter>(std::make_shared<NotificationCenterNative>());
     const std::shared_ptr<void> watch = watchSystem(center);
 };
 
 } // namespace
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 const std::string& WorkspaceDidWakeNotification() {
     static const std::string name = "NSWorkspaceDidWakeNotification";
@@ -22,12 +28,12 @@ const std::string& WorkspaceDidWakeNotification() {
 
 Workspace Workspace::sharedWorkspace() {
     // Never destroyed: handles may live as long as the process.
-    static const auto& workspace = *new Workspace(Bridge::handle<Workspace>(std::make_shared<WorkspaceNative>()));
+    static const auto& workspace = *new Workspace(handle<Workspace>(std::make_shared<WorkspaceNative>()));
     return workspace;
 }
 
 NotificationCenter Workspace::notificationCenter() const {
-    return Bridge::native<WorkspaceNative>(*this).center;
+    return object<WorkspaceNative>(*this).center;
 }
 
 } // namespace NS

@@ -1,8 +1,9 @@
 #include "Platform/Dispatch/DispatchQueue.h"
 
 #include "Platform/Foundation/Log.h"
-#include "Platform/Linux/Dispatch/DispatchQueueNative.h"
+#include "Platform/Linux/Dispatch/Workers.h"
 #include "Platform/Linux/Native.h"
+#include "Platform/Linux/Seam.h"
 
 #include <QCoreApplication>
 #include <QMetaObject>
@@ -14,7 +15,7 @@
 #include <thread>
 #include <utility>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -93,16 +94,22 @@ bool waitForWorkers(std::chrono::milliseconds patience) {
     return globalQueueNative()->waitUntilIdle(patience);
 }
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 DispatchQueue DispatchQueue::mainQueue() {
-    return Bridge::handle<DispatchQueue>(mainQueueNative());
+    return handle<DispatchQueue>(mainQueueNative());
 }
 
 DispatchQueue DispatchQueue::globalQueue() {
-    return Bridge::handle<DispatchQueue>(globalQueueNative());
+    return handle<DispatchQueue>(globalQueueNative());
 }
 
 void DispatchQueue::async(std::function<void()> block) const {
-    Bridge::native<DispatchQueueNative>(*this).async(std::move(block));
+    object<DispatchQueueNative>(*this).async(std::move(block));
 }
 
 void DispatchQueue::asyncAfter(double seconds, std::function<void()> block) const {

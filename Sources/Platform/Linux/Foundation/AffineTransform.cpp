@@ -4,16 +4,18 @@
 
 namespace NS {
 
+using namespace Linux;
+
 AffineTransform AffineTransform::transform() {
-    return Bridge::handle<AffineTransform>(std::make_shared<AffineTransformNative>());
+    return handle<AffineTransform>(std::make_shared<AffineTransformNative>());
 }
 
 void AffineTransform::translateXByYBy(double x, double y) {
-    Bridge::native<AffineTransformNative>(*this).transform.translate(x, y);
+    native(*this).transform.translate(x, y);
 }
 
 void AffineTransform::scaleBy(double factor) {
-    Bridge::native<AffineTransformNative>(*this).transform.scale(factor, factor);
+    native(*this).transform.scale(factor, factor);
 }
 
 } // namespace NS

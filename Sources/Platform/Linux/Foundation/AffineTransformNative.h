@@ -1,13 +1,17 @@
 #pragma once
 
+#include "Platform/Foundation/AffineTransform.h"
 #include "Platform/Linux/Native.h"
 
 #include <QTransform>
 
-namespace NS {
+namespace Linux {
 
 struct AffineTransformNative : Native {
     QTransform transform;
 };
 
-} // namespace NS
+template <>
+struct NativeOf<AffineTransform> : std::type_identity<AffineTransformNative> {};
+
+} // namespace Linux

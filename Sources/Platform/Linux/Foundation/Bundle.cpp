@@ -1,12 +1,12 @@
 #include "Platform/Foundation/Bundle.h"
 
 #include "Platform/Linux/Foundation/BundleNative.h"
-#include "Platform/Linux/Foundation/PropertyList.h"
+#include "Platform/Linux/Foundation/Plist.h"
 
 #include <memory>
 #include <utility>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -23,10 +23,6 @@ Dictionary infoDictionary(const std::filesystem::path& executable) {
     const auto application = applicationAround(executable);
     const auto info = application ? dictionaryWithContentsOfFile(*application / "Contents/Info.plist") : std::nullopt;
     return info.value_or(Dictionary());
-}
-
-BundleNative& native(const Bundle& bundle) {
-    return Bridge::native<BundleNative>(bundle);
 }
 
 } // namespace
@@ -49,13 +45,16 @@ std::string BundleNative::fileName() const {
     return text("CFBundleIdentifier").value_or(executable.filename().string());
 }
 
-Bundle bundleOfExecutable(const std::filesystem::path& executable) {
-    return Bridge::handle<Bundle>(std::make_shared<BundleNative>(executable));
-}
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 Bundle Bundle::mainBundle() {
     // Never destroyed: threads may still ask while the process ends.
-    static const auto& bundle = *new Bundle(bundleOfExecutable(std::filesystem::read_symlink("/proc/self/exe")));
+    static const auto& bundle = *new Bundle(
+        handle<Bundle>(std::make_shared<BundleNative>(std::filesystem::read_symlink("/proc/self/exe"))));
     return bundle;
 }
 
@@ -67,7 +66,7 @@ URL Bundle::bundleURL() const {
     return URL::fileURLWithPath(native(*this).path.string());
 }
 
-std::optional<Value> Bundle::objectForInfoDictionaryKey(const std::string& key) const {
+std::optional<PropertyListValue> Bundle::objectForInfoDictionaryKey(const std::string& key) const {
     const auto& info = native(*this).info;
     const auto entry = info.find(key);
     return entry == info.end() ? std::nullopt : std::optional(entry->second);

@@ -7,9 +7,10 @@
 #include <optional>
 #include <string>
 
-namespace NS {
+namespace Linux {
 
-/// A bundle as it was when its executable was looked up: an update that takes its place changes nothing here.
+/// The bundle around an executable, as it was when that was looked up: an update that takes its
+/// place changes nothing here.
 struct BundleNative : Native {
     explicit BundleNative(std::filesystem::path executablePath);
 
@@ -25,7 +26,7 @@ struct BundleNative : Native {
     std::string fileName() const;
 };
 
-/// The bundle around an executable.
-Bundle bundleOfExecutable(const std::filesystem::path& executable);
+template <>
+struct NativeOf<Bundle> : std::type_identity<BundleNative> {};
 
-} // namespace NS
+} // namespace Linux

@@ -1,11 +1,11 @@
 #include "Platform/Linux/Foundation/CalendarNative.h"
-#include "Platform/Linux/Foundation/SystemTimeZone.h"
+#include "Platform/Linux/Seam.h"
 
 #include <QDateTime>
 #include <cmath>
 #include <limits>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -116,8 +116,14 @@ Seconds startOfDay(const QTimeZone& zone, Seconds instant) {
 
 } // namespace
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 Calendar Calendar::currentCalendar() {
-    return Bridge::handle<Calendar>(std::make_shared<CalendarNative>(systemTimeZone()));
+    return handle<Calendar>(std::make_shared<CalendarNative>(systemTimeZone()));
 }
 
 std::optional<Date> Calendar::nextDateAfterDate(const Date& date, const DateComponents& components) const {
@@ -126,7 +132,7 @@ std::optional<Date> Calendar::nextDateAfterDate(const Date& date, const DateComp
     if (!start || !time) {
         return {};
     }
-    const auto& zone = Bridge::native<CalendarNative>(*this).zone;
+    const auto& zone = native(*this).zone;
     // What the clock shows at the start does not count, nor does the same reading when it comes again: a timer that
     // fires when it is due is not armed for the repetition.
     const auto isAnother = [shown = readingAt(zone, *start)](Seconds reading) { return reading != shown; };
@@ -139,7 +145,7 @@ std::optional<Date> Calendar::dateBySettingHour(long hour, long minute, long sec
     if (!instant || !time) {
         return {};
     }
-    const auto& zone = Bridge::native<CalendarNative>(*this).zone;
+    const auto& zone = native(*this).zone;
     const Seconds start = startOfDay(zone, *instant);
     // What the clock skipped before it showed `opening` counts from just before the day; a later time does not: where
     // it was yesterday's last hour that was skipped, today still has it to come.
@@ -153,7 +159,7 @@ DateComponents Calendar::hourAndMinuteOfDate(const Date& date) const {
     if (!instant) {
         return {};
     }
-    const auto& zone = Bridge::native<CalendarNative>(*this).zone;
+    const auto& zone = native(*this).zone;
     const Seconds time = timeOfDay(readingAt(zone, *instant));
     return {time / hours, time % hours / minutes, {}};
 }

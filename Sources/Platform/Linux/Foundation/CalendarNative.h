@@ -6,7 +6,7 @@
 #include <QTimeZone>
 #include <utility>
 
-namespace NS {
+namespace Linux {
 
 struct CalendarNative : Native {
     explicit CalendarNative(QTimeZone timeZone) : zone(std::move(timeZone)) {}
@@ -14,4 +14,7 @@ struct CalendarNative : Native {
     const QTimeZone zone; // a valid one
 };
 
-} // namespace NS
+template <>
+struct NativeOf<Calendar> : std::type_identity<CalendarNative> {};
+
+} // namespace Linux

@@ -1,11 +1,8 @@
 #include "Platform/Foundation/FileManager.h"
 
 #include "Platform/Foundation/Bundle.h"
-#include "Platform/Foundation/PropertyList.h"
-#include "Platform/Foundation/String.h"
 #include "Platform/Linux/Foundation/BundleNative.h"
 #include "Platform/Linux/Foundation/Files.h"
-#include "Platform/Linux/Foundation/PropertyList.h"
 #include "Platform/Linux/Native.h"
 
 #include <cerrno>
@@ -17,7 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -59,8 +56,14 @@ bool move(const fs::path& source, const fs::path& destination) {
 
 } // namespace
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 FileManager FileManager::defaultManager() {
-    static const auto& manager = *new FileManager(Bridge::handle<FileManager>(std::make_shared<Native>()));
+    static const auto& manager = *new FileManager(handle<FileManager>(std::make_shared<Native>()));
     return manager;
 }
 
@@ -69,7 +72,7 @@ URL FileManager::temporaryDirectory() const {
     if (const char* chosen = std::getenv("TMPDIR"); chosen && *chosen == '/' && isPrivate(chosen)) {
         return URL::fileURLWithPath(chosen);
     }
-    const auto folder = cacheFolder() / Bridge::native<BundleNative>(Bundle::mainBundle()).fileName();
+    const auto folder = cacheFolder() / native(Bundle::mainBundle()).fileName();
     makeFolders(folder); // if it cannot be made, writing there fails
     return URL::fileURLWithPath(folder.string());
 }
@@ -113,10 +116,6 @@ bool FileManager::setPosixPermissions(unsigned permissions, const std::string& p
 bool writeToURL(const std::string& text, const URL& url) {
     FileReplacement file(url.path(), 0644);
     return !file.write(text) && !file.commit();
-}
-
-std::optional<Dictionary> dictionaryWithContentsOfURL(const URL& url) {
-    return dictionaryWithContentsOfFile(url.path());
 }
 
 } // namespace NS

@@ -10,7 +10,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -154,4 +154,4 @@ std::error_code FileReplacement::commit() {
     return {};
 }
 
-} // namespace NS
+} // namespace Linux

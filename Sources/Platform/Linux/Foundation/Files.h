@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-namespace NS {
+namespace Linux {
 
 /// The largest file that is read: everything read here is a handful of settings.
 inline constexpr std::size_t largestFile = std::size_t{1} << 20;
@@ -79,4 +79,4 @@ private:
     bool pending_ = false;
 };
 
-} // namespace NS
+} // namespace Linux

@@ -1,12 +1,14 @@
 #include "Platform/Foundation/JSONSerialization.h"
 
+#include "Platform/Linux/Native.h"
+
 #include <cstdint>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -17,14 +19,14 @@ constexpr std::size_t deepestNesting = 512;
 /// Builds the value from what the parser comes across. Its methods say whether to go on.
 class Builder : public nlohmann::json_sax<JSON> {
 public:
-    Value take() { return std::move(root_); }
+    PropertyListValue take() { return std::move(root_); }
 
-    bool null() override { return add(Value()); }
+    bool null() override { return add(PropertyListValue()); }
     bool boolean(bool value) override { return add(value); }
     bool number_integer(std::int64_t value) override { return add(value); }
     bool number_unsigned(std::uint64_t value) override {
         const bool isSigned = value <= std::uint64_t{std::numeric_limits<std::int64_t>::max()};
-        return add(isSigned ? Value(static_cast<std::int64_t>(value)) : Value(static_cast<double>(value)));
+        return add(isSigned ? PropertyListValue(static_cast<std::int64_t>(value)) : PropertyListValue(static_cast<double>(value)));
     }
     bool number_float(double value, const std::string&) override { return add(value); }
     bool string(std::string& text) override { return add(std::move(text)); }
@@ -58,10 +60,10 @@ private:
     bool close() {
         Container closed = std::move(open_.back());
         open_.pop_back();
-        return add(closed.isObject ? Value(std::move(closed.entries)) : Value(std::move(closed.items)));
+        return add(closed.isObject ? PropertyListValue(std::move(closed.entries)) : PropertyListValue(std::move(closed.items)));
     }
 
-    bool add(Value value) {
+    bool add(PropertyListValue value) {
         if (open_.empty()) {
             root_ = std::move(value);
         } else if (auto& container = open_.back(); container.isObject) {
@@ -72,13 +74,19 @@ private:
         return true;
     }
 
-    Value root_;
+    PropertyListValue root_;
     std::vector<Container> open_;
 };
 
 } // namespace
 
-std::optional<Value> JSONSerialization::JSONObjectWithData(const std::string& data) {
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
+std::optional<PropertyListValue> JSONSerialization::JSONObjectWithData(const std::string& data) {
     const bool endsEarly = data.find('\0') != data.npos; // the parser would stop there and be content
     Builder builder;
     if (endsEarly || !JSON::sax_parse(data, &builder)) {

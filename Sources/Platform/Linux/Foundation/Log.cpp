@@ -9,7 +9,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -37,6 +37,12 @@ std::string oneLine(std::string text) {
 }
 
 } // namespace
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 void Log(const std::string& line) {
     const std::string text = oneLine(line);

@@ -11,9 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace NS {
-
-namespace {
+namespace Linux {
 
 struct Registration {
     std::string name;
@@ -21,37 +19,36 @@ struct Registration {
     std::atomic<bool> isRemoved = false;
 };
 
+namespace {
+
 /// Weak, so that a handle that is kept after the removal does not keep the block.
 struct ObserverNative : Native {
     std::weak_ptr<Registration> registration;
 };
 
-struct NotificationCenterNative : Native {
-    std::mutex mutex; // guards what follows; never held while foreign code runs
-    std::vector<std::shared_ptr<Registration>> registrations;
-
-    std::vector<std::shared_ptr<Registration>> registrationsFor(const std::string& name) {
-        const std::lock_guard guard(mutex);
-        std::vector<std::shared_ptr<Registration>> result;
-        std::copy_if(registrations.begin(), registrations.end(), std::back_inserter(result),
-                     [&](const auto& registration) { return registration->name == name; });
-        return result;
-    }
-};
-
-NotificationCenterNative& native(const NotificationCenter& center) {
-    return Bridge::native<NotificationCenterNative>(center);
-}
-
 } // namespace
 
-NotificationCenter makeNotificationCenter() {
-    return Bridge::handle<NotificationCenter>(std::make_shared<NotificationCenterNative>());
+template <>
+struct NativeOf<Observer> : std::type_identity<ObserverNative> {};
+
+std::vector<std::shared_ptr<Registration>> NotificationCenterNative::registrationsFor(const std::string& name) {
+    const std::lock_guard guard(mutex);
+    std::vector<std::shared_ptr<Registration>> result;
+    std::copy_if(registrations.begin(), registrations.end(), std::back_inserter(result),
+                 [&](const auto& registration) { return registration->name == name; });
+    return result;
 }
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 NotificationCenter NotificationCenter::defaultCenter() {
     // Never destroyed: threads may still post while the process ends.
-    static const auto& center = *new NotificationCenter(makeNotificationCenter());
+    static const auto& center =
+        *new NotificationCenter(handle<NotificationCenter>(std::make_shared<NotificationCenterNative>()));
     return center;
 }
 
@@ -76,12 +73,12 @@ Observer NotificationCenter::addObserverForName(const std::string& name,
     auto& center = native(*this);
     const std::lock_guard guard(center.mutex);
     center.registrations.push_back(std::move(registration));
-    return Bridge::handle<Observer>(std::move(observer));
+    return handle<Observer>(std::move(observer));
 }
 
 void NotificationCenter::removeObserver(const Observer& observer) {
     // Held until after the lock is given back: the block's destruction may run anything.
-    const auto registration = observer ? Bridge::native<ObserverNative>(observer).registration.lock() : nullptr;
+    const auto registration = observer ? native(observer).registration.lock() : nullptr;
     if (!registration) {
         return;
     }

@@ -1,10 +1,25 @@
 #pragma once
 
 #include "Platform/Foundation/NotificationCenter.h"
+#include "Platform/Linux/Native.h"
 
-namespace NS {
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
 
-/// A centre of its own.
-NotificationCenter makeNotificationCenter();
+namespace Linux {
 
-} // namespace NS
+struct Registration;
+
+struct NotificationCenterNative : Native {
+    std::mutex mutex; // guards what follows; never held while foreign code runs
+    std::vector<std::shared_ptr<Registration>> registrations;
+
+    std::vector<std::shared_ptr<Registration>> registrationsFor(const std::string& name);
+};
+
+template <>
+struct NativeOf<NotificationCenter> : std::type_identity<NotificationCenterNative> {};
+
+} // namespace Linux

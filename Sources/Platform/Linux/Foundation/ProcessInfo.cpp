@@ -8,8 +8,10 @@
 
 namespace NS {
 
+using namespace Linux;
+
 ProcessInfo ProcessInfo::processInfo() {
-    static const auto& info = *new ProcessInfo(Bridge::handle<ProcessInfo>(std::make_shared<Native>()));
+    static const auto& info = *new ProcessInfo(handle<ProcessInfo>(std::make_shared<Native>()));
     return info;
 }
 

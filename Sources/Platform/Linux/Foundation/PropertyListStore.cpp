@@ -7,7 +7,7 @@
 #include <chrono>
 #include <utility>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -26,7 +26,7 @@ bool isFaultOfFile(const std::error_code& error) {
 
 PropertyListStore::PropertyListStore(std::filesystem::path file) : file_(std::move(file)) {}
 
-std::optional<Value> PropertyListStore::value(const std::string& key) {
+std::optional<PropertyListValue> PropertyListStore::value(const std::string& key) {
     const std::lock_guard guard(mutex_);
     plist_t node = nullptr;
     if (const auto change = changes_.find(key); change != changes_.end()) {
@@ -38,7 +38,7 @@ std::optional<Value> PropertyListStore::value(const std::string& key) {
     return node ? std::optional(valueOfPlist(node)) : std::nullopt;
 }
 
-void PropertyListStore::setValue(const std::optional<Value>& value, const std::string& key) {
+void PropertyListStore::setValue(const std::optional<PropertyListValue>& value, const std::string& key) {
     auto node = value ? plistOfValue(*value) : nullptr;
     if (value && !node) {
         return;
@@ -149,4 +149,4 @@ std::error_code PropertyListStore::keepAside() const {
     return error;
 }
 
-} // namespace NS
+} // namespace Linux

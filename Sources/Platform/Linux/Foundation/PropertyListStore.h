@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/Foundation/Value.h"
-#include "Platform/Linux/Foundation/PropertyList.h"
+#include "Platform/Foundation/PropertyListValue.h"
+#include "Platform/Linux/Foundation/Plist.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <system_error>
 
-namespace NS {
+namespace Linux {
 
 /// Values under keys, kept in one property list that other processes may change too. Safe from any thread.
 ///
@@ -22,9 +22,9 @@ class PropertyListStore {
 public:
     explicit PropertyListStore(std::filesystem::path file);
 
-    std::optional<Value> value(const std::string& key);
+    std::optional<PropertyListValue> value(const std::string& key);
     /// Nothing removes the key. A value that no property list can hold is passed over.
-    void setValue(const std::optional<Value>& value, const std::string& key);
+    void setValue(const std::optional<PropertyListValue>& value, const std::string& key);
 
     /// Brings the changes to the disk and says whether none is waiting any more. When that fails, the changes go on
     /// waiting and the file is as it was.
@@ -63,4 +63,4 @@ private:
     std::map<std::string, Plist> changes_; // null removes
 };
 
-} // namespace NS
+} // namespace Linux

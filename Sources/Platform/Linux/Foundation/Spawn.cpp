@@ -8,7 +8,7 @@
 #include <spawn.h>
 #include <unistd.h>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -78,4 +78,4 @@ std::optional<pid_t> spawn(const std::string& executable, const std::vector<std:
     return error == 0 ? std::optional(child) : std::nullopt;
 }
 
-} // namespace NS
+} // namespace Linux

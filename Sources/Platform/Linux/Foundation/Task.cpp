@@ -1,24 +1,17 @@
 #include "Platform/Foundation/Task.h"
 
-#include "Platform/Linux/Foundation/Files.h"
+#include "Platform/Linux/Foundation/FileHandleNative.h"
 #include "Platform/Linux/Foundation/Spawn.h"
 #include "Platform/Linux/Native.h"
 
 #include <cerrno>
-#include <fcntl.h>
 #include <memory>
 #include <mutex>
 #include <sys/wait.h>
 
-namespace NS {
+namespace Linux {
 
 namespace {
-
-struct FileHandleNative : Native {
-    explicit FileHandleNative(int number) : descriptor(number) {}
-
-    const Descriptor descriptor;
-};
 
 /// Children that nobody waits for. Each launch collects those that have ended meanwhile.
 class Orphans {
@@ -58,22 +51,23 @@ struct TaskNative : Native {
     int status = 0;
 };
 
-TaskNative& native(const Task& task) {
-    return Bridge::native<TaskNative>(task);
-}
-
 int descriptorOf(const FileHandle& handle) {
-    return handle ? Bridge::native<FileHandleNative>(handle).descriptor.number() : -1;
+    return handle ? native(handle).descriptor.number() : -1;
 }
 
 } // namespace
 
-FileHandle FileHandle::fileHandleWithNullDevice() {
-    return Bridge::handle<FileHandle>(std::make_shared<FileHandleNative>(open("/dev/null", O_RDWR | O_CLOEXEC)));
-}
+template <>
+struct NativeOf<Task> : std::type_identity<TaskNative> {};
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 Task Task::task() {
-    return Bridge::handle<Task>(std::make_shared<TaskNative>());
+    return handle<Task>(std::make_shared<TaskNative>());
 }
 
 void Task::setExecutableURL(const URL& url) {

@@ -1,19 +1,10 @@
 #include "Platform/Foundation/Timer.h"
 
-#include "Platform/Foundation/RunLoop.h"
 #include "Platform/Linux/Foundation/TimerNative.h"
 
 #include <cmath>
 
-namespace NS {
-
-namespace {
-
-TimerNative& native(const Timer& timer) {
-    return Bridge::native<TimerNative>(timer);
-}
-
-} // namespace
+namespace Linux {
 
 std::set<std::shared_ptr<TimerNative>>& TimerNative::scheduled() {
     static auto& timers = *new std::set<std::shared_ptr<TimerNative>>; // they may outlast the statics
@@ -53,8 +44,14 @@ void TimerNative::invalidate() {
     scheduled().erase(shared_from_this());
 }
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 Timer Timer::timerWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block) {
-    return Bridge::handle<Timer>(std::make_shared<TimerNative>(fireDate, interval, repeats, std::move(block)));
+    return handle<Timer>(std::make_shared<TimerNative>(fireDate, interval, repeats, std::move(block)));
 }
 
 Date Timer::fireDate() const {
@@ -79,15 +76,6 @@ void Timer::invalidate() {
 
 bool Timer::isValid() const {
     return native(*this).isValid;
-}
-
-RunLoop RunLoop::mainRunLoop() {
-    return Bridge::handle<RunLoop>(std::make_shared<Native>());
-}
-
-// There is one mode here: events of every kind are handled while a menu is open.
-void RunLoop::addTimerForCommonModes(const Timer& timer) {
-    native(timer).schedule();
 }
 
 } // namespace NS

@@ -2,22 +2,13 @@
 
 #include "Platform/Foundation/Date.h"
 #include "Platform/Linux/Native.h"
+#include "Platform/Linux/Seam.h"
 
 #include <functional>
 #include <memory>
 #include <set>
 
-namespace NS {
-
-/// Calls back once when the wall clock reaches a time, at once when that is past. It lasts as long as it exists; where
-/// the callback comes from, the alarm may be destroyed.
-class Alarm {
-public:
-    virtual ~Alarm() = default;
-};
-
-/// The alarm of this world.
-std::unique_ptr<Alarm> makeAlarm(const Date& date, std::function<void()> callback);
+namespace Linux {
 
 struct TimerNative : Native, std::enable_shared_from_this<TimerNative> {
     TimerNative(const Date& date, double seconds, bool doesRepeat, std::function<void()> work)
@@ -44,4 +35,7 @@ private:
     std::unique_ptr<Alarm> alarm_;
 };
 
-} // namespace NS
+template <>
+struct NativeOf<Timer> : std::type_identity<TimerNative> {};
+
+} // namespace Linux

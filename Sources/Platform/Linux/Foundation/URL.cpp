@@ -11,7 +11,7 @@
 #include <string_view>
 #include <utility>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -188,11 +188,11 @@ std::string folderOf(const URLParts& parts) {
 }
 
 URL makeURL(URLParts parts) {
-    return Bridge::handle<URL>(std::make_shared<URLNative>(std::move(parts)));
+    return handle<URL>(std::make_shared<URLNative>(std::move(parts)));
 }
 
 const URLParts& partsOf(const URL& url) {
-    return Bridge::native<URLNative>(url).parts;
+    return native(url).parts;
 }
 
 } // namespace
@@ -209,6 +209,12 @@ std::string URLParts::host() const {
 }
 
 URLNative::URLNative(URLParts urlParts) : parts(std::move(urlParts)) {}
+
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 URL URL::URLWithString(const std::string& text) {
     auto parts = partsOf(std::string_view(text));

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace NS {
+namespace Linux {
 
 /// The parts of a URL as RFC 3986 splits it, in which nothing is left to encode. An absent part differs from an empty
 /// one: "//" and "?" belong to the part behind them.
@@ -28,4 +28,7 @@ struct URLNative : Native {
     const URLParts parts;
 };
 
-} // namespace NS
+template <>
+struct NativeOf<URL> : std::type_identity<URLNative> {};
+
+} // namespace Linux

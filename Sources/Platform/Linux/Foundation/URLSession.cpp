@@ -5,7 +5,7 @@
 #include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Foundation/Spawn.h"
 #include "Platform/Linux/Foundation/URLNative.h"
-#include "Platform/Linux/Foundation/URLSessionNative.h"
+#include "Platform/Linux/Foundation/Transfers.h"
 
 #include <atomic>
 #include <cerrno>
@@ -25,7 +25,7 @@
 #include <utility>
 #include <vector>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -38,7 +38,7 @@ using Sink = std::function<bool(std::string_view)>;
 
 /// The program that makes the transfer.
 std::string transferProgram() {
-    return Bridge::native<BundleNative>(Bundle::mainBundle()).executable.parent_path() / "Transfer";
+    return native(Bundle::mainBundle()).executable.parent_path() / "Transfer";
 }
 
 /// What the program reads as its request, or writes its status to. In memory.
@@ -157,7 +157,7 @@ private:
 
 std::optional<HTTPURLResponse> transfer(const URLRequest& request, const Sink& sink) {
     // libcurl would take the first name of the path for the host.
-    if (!request.URL || Bridge::native<URLNative>(request.URL).parts.host().empty() || cancelled) {
+    if (!request.URL || native(request.URL).parts.host().empty() || cancelled) {
         return std::nullopt;
     }
     try {
@@ -173,8 +173,14 @@ void cancelTransfers() {
     cancelled = true;
 }
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 URLSession URLSession::sharedSession() {
-    static const auto& session = *new URLSession(Bridge::handle<URLSession>(std::make_shared<Native>()));
+    static const auto& session = *new URLSession(handle<URLSession>(std::make_shared<Native>()));
     return session;
 }
 

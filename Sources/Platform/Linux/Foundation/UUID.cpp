@@ -5,7 +5,7 @@
 #include <QUuid>
 #include <memory>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -15,12 +15,18 @@ struct UUIDNative : Native {
 
 } // namespace
 
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
+
 UUID UUID::UUIDWithRandomBytes() {
-    return Bridge::handle<UUID>(std::make_shared<UUIDNative>());
+    return handle<UUID>(std::make_shared<UUIDNative>());
 }
 
 std::string UUID::UUIDString() const {
-    return Bridge::native<UUIDNative>(*this).uuid.toString(QUuid::WithoutBraces).toUpper().toStdString();
+    return object<UUIDNative>(*this).uuid.toString(QUuid::WithoutBraces).toUpper().toStdString();
 }
 
 } // namespace NS

@@ -13,7 +13,7 @@
 #include <limits>
 #include <string_view>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
@@ -70,10 +70,6 @@ std::string textOfReal(double real) {
     return {text, end};
 }
 
-UserDefaultsNative& native(const UserDefaults& defaults) {
-    return Bridge::native<UserDefaultsNative>(defaults);
-}
-
 } // namespace
 
 UserDefaultsNative::UserDefaultsNative(const std::filesystem::path& file) : store_(file) {}
@@ -85,16 +81,16 @@ void UserDefaultsNative::registerDefaults(const Dictionary& defaults) {
     }
 }
 
-Value UserDefaultsNative::value(const std::string& key) {
+PropertyListValue UserDefaultsNative::value(const std::string& key) {
     if (auto stored = store_.value(key)) {
         return *std::move(stored);
     }
     const std::lock_guard guard(mutex_);
     const auto entry = registered_.find(key);
-    return entry == registered_.end() ? Value() : entry->second;
+    return entry == registered_.end() ? PropertyListValue() : entry->second;
 }
 
-void UserDefaultsNative::setValue(const std::optional<Value>& value, const std::string& key) {
+void UserDefaultsNative::setValue(const std::optional<PropertyListValue>& value, const std::string& key) {
     store_.setValue(value, key);
     scheduleWrite();
 }
@@ -114,14 +110,16 @@ void UserDefaultsNative::scheduleWrite() {
     QMetaObject::invokeMethod(application, later, Qt::QueuedConnection);
 }
 
-UserDefaults userDefaultsInFile(const std::filesystem::path& file) {
-    return Bridge::handle<UserDefaults>(std::make_shared<UserDefaultsNative>(file));
-}
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 UserDefaults UserDefaults::standardUserDefaults() {
     // Never destroyed: threads may still ask while the process ends.
-    static const auto& defaults = *new UserDefaults(userDefaultsInFile(
-        configFolder() / (Bridge::native<BundleNative>(Bundle::mainBundle()).fileName() + ".plist")));
+    static const auto& defaults = *new UserDefaults(handle<UserDefaults>(std::make_shared<UserDefaultsNative>(
+        configFolder() / (native(Bundle::mainBundle()).fileName() + ".plist"))));
     return defaults;
 }
 
@@ -130,7 +128,7 @@ void UserDefaults::registerDefaults(const Dictionary& defaults) {
 }
 
 bool UserDefaults::boolForKey(const std::string& key) const {
-    const Value value = native(*this).value(key);
+    const PropertyListValue value = native(*this).value(key);
     if (const auto* boolean = value.boolean()) {
         return *boolean;
     }
@@ -144,7 +142,7 @@ bool UserDefaults::boolForKey(const std::string& key) const {
 }
 
 std::int64_t UserDefaults::integerForKey(const std::string& key) const {
-    const Value value = native(*this).value(key);
+    const PropertyListValue value = native(*this).value(key);
     if (const auto* boolean = value.boolean()) {
         return *boolean ? 1 : 0;
     }
@@ -158,7 +156,7 @@ std::int64_t UserDefaults::integerForKey(const std::string& key) const {
 }
 
 std::optional<std::string> UserDefaults::stringForKey(const std::string& key) const {
-    const Value value = native(*this).value(key);
+    const PropertyListValue value = native(*this).value(key);
     if (const auto* text = value.string()) {
         return *text;
     }
@@ -173,7 +171,7 @@ std::optional<std::string> UserDefaults::stringForKey(const std::string& key) co
 }
 
 std::optional<Dictionary> UserDefaults::dictionaryForKey(const std::string& key) const {
-    const Value value = native(*this).value(key);
+    const PropertyListValue value = native(*this).value(key);
     const auto* dictionary = value.dictionary();
     return dictionary ? std::optional(*dictionary) : std::nullopt;
 }
@@ -186,7 +184,7 @@ void UserDefaults::setIntegerForKey(std::int64_t value, const std::string& key) 
     setObjectForKey(value, key);
 }
 
-void UserDefaults::setObjectForKey(const std::optional<Value>& value, const std::string& key) {
+void UserDefaults::setObjectForKey(const std::optional<PropertyListValue>& value, const std::string& key) {
     native(*this).setValue(value, key);
 }
 

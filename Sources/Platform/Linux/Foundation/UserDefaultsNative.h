@@ -10,16 +10,16 @@
 #include <optional>
 #include <string>
 
-namespace NS {
+namespace Linux {
 
 struct UserDefaultsNative : Native, std::enable_shared_from_this<UserDefaultsNative> {
     explicit UserDefaultsNative(const std::filesystem::path& file);
 
     void registerDefaults(const Dictionary& defaults);
     /// The stored value, or else the registered one, or else one that reads as nothing.
-    Value value(const std::string& key);
+    PropertyListValue value(const std::string& key);
     /// Sees to it that the change is on the disk once the event loop has come round.
-    void setValue(const std::optional<Value>& value, const std::string& key);
+    void setValue(const std::optional<PropertyListValue>& value, const std::string& key);
     bool write();
 
 private:
@@ -30,7 +30,7 @@ private:
     Dictionary registered_;
 };
 
-/// Defaults of a file of the caller's choice.
-UserDefaults userDefaultsInFile(const std::filesystem::path& file);
+template <>
+struct NativeOf<UserDefaults> : std::type_identity<UserDefaultsNative> {};
 
-} // namespace NS
+} // namespace Linux

@@ -13,17 +13,12 @@
 #include <unistd.h>
 #include <utility>
 
-namespace NS {
+namespace Linux {
 
 namespace {
 
-struct AppServiceNative : Native {
-    explicit AppServiceNative(Bundle served) : bundle(std::move(served)) {}
-    const Bundle bundle;
-};
-
 const BundleNative& bundleOf(const AppService& service) {
-    return Bridge::native<BundleNative>(Bridge::native<AppServiceNative>(service).bundle);
+    return native(native(service).bundle);
 }
 
 std::filesystem::path entryOf(const AppService& service) {
@@ -121,12 +116,14 @@ std::error_code replaceFile(const std::filesystem::path& file, std::string_view 
 
 } // namespace
 
-AppService appServiceOfBundle(const Bundle& bundle) {
-    return Bridge::handle<AppService>(std::make_shared<AppServiceNative>(bundle));
-}
+} // namespace Linux
+
+namespace NS {
+
+using namespace Linux;
 
 AppService AppService::mainAppService() {
-    return appServiceOfBundle(Bundle::mainBundle());
+    return handle<AppService>(std::make_shared<AppServiceNative>(Bundle::mainBundle()));
 }
 
 AppServiceStatus AppService::status() const {

@@ -1,11 +1,21 @@
 #pragma once
 
 #include "Platform/Foundation/Bundle.h"
+#include "Platform/Linux/Native.h"
 #include "Platform/ServiceManagement/AppService.h"
 
-namespace NS {
+#include <utility>
+
+namespace Linux {
 
 /// The service that starts a bundle's executable when the user logs in.
-AppService appServiceOfBundle(const Bundle& bundle);
+struct AppServiceNative : Native {
+    explicit AppServiceNative(Bundle served) : bundle(std::move(served)) {}
 
-} // namespace NS
+    const Bundle bundle;
+};
+
+template <>
+struct NativeOf<AppService> : std::type_identity<AppServiceNative> {};
+
+} // namespace Linux

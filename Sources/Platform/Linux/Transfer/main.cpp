@@ -34,7 +34,7 @@ struct Request {
 
 std::optional<Request> readRequest() {
     std::string text;
-    const auto error = NS::readAll(STDIN_FILENO, text);
+    const auto error = Linux::readAll(STDIN_FILENO, text);
     const auto lineEnd = text.find('\n');
     double seconds = 0;
     if (error || lineEnd == text.npos ||
@@ -134,7 +134,7 @@ private:
     }
 
     static std::size_t didReceive(const char* bytes, std::size_t, std::size_t count, void*) {
-        return NS::writeAll(STDOUT_FILENO, {bytes, count}) ? 0 : count;
+        return Linux::writeAll(STDOUT_FILENO, {bytes, count}) ? 0 : count;
     }
 
     const std::chrono::duration<double> patience_;
@@ -153,6 +153,6 @@ int main() {
         return EXIT_FAILURE;
     }
     const auto status = Transfer(*request).run();
-    const bool isAnswered = status && !NS::writeAll(statusDescriptor, std::to_string(*status));
+    const bool isAnswered = status && !Linux::writeAll(statusDescriptor, std::to_string(*status));
     std::_Exit(isAnswered ? EXIT_SUCCESS : EXIT_FAILURE); // without waiting for a name server that does not answer
 }

@@ -16,7 +16,7 @@ URL Bundle::bundleURL() const {
     return handle<URL>([object<NSBundle>(*this) bundleURL]);
 }
 
-std::optional<Value> Bundle::objectForInfoDictionaryKey(const std::string& key) const {
+std::optional<PropertyListValue> Bundle::objectForInfoDictionaryKey(const std::string& key) const {
     const id value = [object<NSBundle>(*this) objectForInfoDictionaryKey:toNSString(key)];
     return value ? std::optional(toValue(value)) : std::nullopt;
 }

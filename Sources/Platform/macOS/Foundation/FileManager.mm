@@ -47,4 +47,8 @@ bool FileManager::setPosixPermissions(unsigned permissions, const std::string& p
     return [object<NSFileManager>(*this) setAttributes:attributes ofItemAtPath:toNSString(path) error:nil];
 }
 
+bool writeToURL(const std::string& text, const URL& url) {
+    return [toNSString(text) writeToURL:object<NSURL>(url) atomically:YES encoding:NSUTF8StringEncoding error:nil];
+}
+
 } // namespace NS

@@ -4,7 +4,7 @@
 
 namespace NS {
 
-std::optional<Value> JSONSerialization::JSONObjectWithData(const std::string& data) {
+std::optional<PropertyListValue> JSONSerialization::JSONObjectWithData(const std::string& data) {
     const id json = [NSJSONSerialization JSONObjectWithData:toNSData(data) options:0 error:nil];
     return json ? std::optional(toValue(json)) : std::nullopt;
 }

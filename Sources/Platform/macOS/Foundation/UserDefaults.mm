@@ -37,7 +37,7 @@ void UserDefaults::setIntegerForKey(std::int64_t value, const std::string& key) 
     [object<NSUserDefaults>(*this) setInteger:value forKey:toNSString(key)];
 }
 
-void UserDefaults::setObjectForKey(const std::optional<Value>& value, const std::string& key) {
+void UserDefaults::setObjectForKey(const std::optional<PropertyListValue>& value, const std::string& key) {
     // Storing nil removes the key.
     [object<NSUserDefaults>(*this) setObject:value ? toPropertyList(*value) : nil forKey:toNSString(key)];
 }

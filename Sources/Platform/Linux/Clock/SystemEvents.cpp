@@ -1,0 +1,108 @@
+#include "Platform/AppKit/Workspace.h"
+#include "Platform/Foundation/NotificationCenter.h"
+#include "Platform/Linux/Seam.h"
+
+#include <QByteArray>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QFileSystemWatcher>
+#include <QObject>
+#include <QSocketNotifier>
+#include <QTimeZone>
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+namespace Linux {
+
+/// Tells of the machine waking (on the workspace's centre) and of the clock or the time zone changing (on the default
+/// one). Whatever service is absent is not heard of; nothing polls.
+class SystemEvents : public QObject {
+    Q_OBJECT
+
+public:
+    explicit SystemEvents(NotificationCenter workspaceCenter);
+    ~SystemEvents() override;
+
+private:
+    Q_SLOT void prepareForSleep(bool goingToSleep);
+    Q_SLOT void zoneMayHaveChanged();
+    void watchClock();
+    void armClock();
+
+    NotificationCenter workspaceCenter_;
+    int clock_ = -1;
+    std::unique_ptr<QSocketNotifier> clockNotifier_;
+    QFileSystemWatcher files_;
+    QByteArray zone_;
+};
+
+std::shared_ptr<void> watchSystem(const NotificationCenter& workspaceCenter) {
+    return std::make_shared<SystemEvents>(workspaceCenter);
+}
+
+SystemEvents::SystemEvents(NotificationCenter workspaceCenter)
+    : workspaceCenter_(std::move(workspaceCenter)), zone_(systemTimeZone().id()) {
+    // Signals by path and interface: naming the sender would make Qt wait for an answer about its owner.
+    auto bus = QDBusConnection::systemBus();
+    bus.connect(QString(), QStringLiteral("/org/freedesktop/login1"), QStringLiteral("org.freedesktop.login1.Manager"),
+                QStringLiteral("PrepareForSleep"), this, SLOT(prepareForSleep(bool)));
+    bus.connect(QString(), QStringLiteral("/org/freedesktop/timedate1"),
+                QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"), this,
+                SLOT(zoneMayHaveChanged()));
+    // The folder, since the zone's link is replaced rather than written to.
+    files_.addPath(QStringLiteral("/etc"));
+    connect(&files_, &QFileSystemWatcher::directoryChanged, this, &SystemEvents::zoneMayHaveChanged);
+    watchClock();
+}
+
+SystemEvents::~SystemEvents() {
+    clockNotifier_ = nullptr;
+    if (clock_ >= 0) {
+        close(clock_);
+    }
+}
+
+void SystemEvents::prepareForSleep(bool goingToSleep) {
+    if (!goingToSleep) {
+        workspaceCenter_.postNotificationName(WorkspaceDidWakeNotification());
+    }
+}
+
+void SystemEvents::zoneMayHaveChanged() {
+    const QByteArray zone = systemTimeZone().id();
+    if (std::exchange(zone_, zone) != zone) {
+        NotificationCenter::defaultCenter().postNotificationName(SystemTimeZoneDidChangeNotification());
+    }
+}
+
+// A timer for a day that never comes is cancelled when the clock is set.
+void SystemEvents::watchClock() {
+    clock_ = timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK);
+    if (clock_ < 0) {
+        return;
+    }
+    armClock();
+    clockNotifier_ = std::make_unique<QSocketNotifier>(clock_, QSocketNotifier::Read);
+    connect(clockNotifier_.get(), &QSocketNotifier::activated, this, [this] {
+        std::uint64_t expirations = 0;
+        const bool wasSet = read(clock_, &expirations, sizeof expirations) < 0 && errno == ECANCELED;
+        armClock();
+        if (wasSet) {
+            NotificationCenter::defaultCenter().postNotificationName(SystemClockDidChangeNotification());
+        }
+    });
+}
+
+void SystemEvents::armClock() {
+    const timespec farAway = {.tv_sec = std::numeric_limits<std::int32_t>::max() * 4L, .tv_nsec = 0};
+    const itimerspec never = {.it_interval = {}, .it_value = farAway};
+    timerfd_settime(clock_, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &never, nullptr);
+}
+
+} // namespace Linux
+
+#include "SystemEvents.moc"

@@ -1,0 +1,285 @@
+#include "Platform/Linux/Foundation/Plist.h"
+
+#include "Platform/Linux/Foundation/Files.h"
+
+#include <cstdlib>
+#include <locale.h>
+#include <string_view>
+
+namespace Linux {
+
+namespace {
+
+constexpr int mostContainers = 1000;
+constexpr int mostBinaryNodes = 20000;
+constexpr std::uint64_t mostBinaryText = std::uint64_t{16} << 20; // bytes, counted each time that they are referred to
+constexpr int deepestValue = 100;
+
+/// libplist reads and writes numbers in the locale of the thread, where 1.5 may be "1,5".
+class NumbersOfC {
+public:
+    NumbersOfC() : previous_(uselocale(ofC())) {}
+    ~NumbersOfC() { uselocale(previous_); }
+    NumbersOfC(const NumbersOfC&) = delete;
+    NumbersOfC& operator=(const NumbersOfC&) = delete;
+
+private:
+    static locale_t ofC() {
+        static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+        return locale;
+    }
+    locale_t previous_;
+};
+
+int occurrences(std::string_view text, std::string_view part) {
+    int count = 0;
+    for (auto at = text.find(part); at != text.npos; at = text.find(part, at + part.size())) {
+        ++count;
+    }
+    return count;
+}
+
+/// Counting what opens and not what closes errs on the safe side, whatever comments and quotations hide.
+bool isXMLTame(std::string_view bytes) {
+    return occurrences(bytes, "<array") + occurrences(bytes, "<dict") <= mostContainers;
+}
+
+/// Walks a binary property list as libplist will, to see that its tree stays small.
+class BinaryTree {
+public:
+    explicit BinaryTree(std::string_view bytes) : bytes_(bytes) {}
+
+    bool isTame() {
+        const std::size_t end = bytes_.size() - trailer;
+        offsetSize_ = number(end + 6, 1);
+        referenceSize_ = number(end + 7, 1);
+        offsets_ = number(end + 24, 8);
+        return isTame(number(end + 16, 8), 0);
+    }
+
+private:
+    static constexpr std::size_t trailer = 32;
+
+    /// The big-endian number there; 0 outside the file, which libplist refuses by itself.
+    std::uint64_t number(std::uint64_t at, std::uint64_t size) const {
+        if (at > bytes_.size() || size > bytes_.size() - at) {
+            return 0;
+        }
+        std::uint64_t result = 0;
+        for (const char byte : bytes_.substr(at, size)) {
+            result = result << 8 | static_cast<unsigned char>(byte);
+        }
+        return result;
+    }
+
+    bool isTame(std::uint64_t object, int depth) {
+        if (++nodes_ > mostBinaryNodes || depth > deepestValue) {
+            return false;
+        }
+        std::uint64_t at = number(offsets_ + object * offsetSize_, offsetSize_);
+        const std::uint64_t marker = number(at++, 1);
+        const std::uint64_t kind = marker >> 4;
+        if (kind < 0x4 || kind == 0x8) {
+            return true;
+        }
+        std::uint64_t count = marker & 0xF;
+        if (count == 0xF) {
+            const std::uint64_t size = std::uint64_t{1} << (number(at++, 1) & 0xF);
+            count = number(at, size);
+            at += size;
+        }
+        switch (kind) {
+        case 0xA:
+        case 0xC:
+            return areTame(at, count, depth);
+        case 0xD:
+            return areTame(at, 2 * count, depth);
+        default:
+            return isTextTame(at, count, kind == 0x6 ? 2 : 1);
+        }
+    }
+
+    /// libplist ends the process when a key of UTF-16 has a null in it.
+    bool isTextTame(std::uint64_t at, std::uint64_t count, std::uint64_t width) {
+        if (at > bytes_.size() || count > (bytes_.size() - at) / width) {
+            return true; // it refuses that
+        }
+        text_ += count * width;
+        if (text_ > mostBinaryText) {
+            return false;
+        }
+        for (const auto end = at + count * width; width == 2 && at < end; at += width) {
+            if (number(at, width) == 0) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    bool areTame(std::uint64_t references, std::uint64_t count, int depth) {
+        for (; count > 0; --count, references += referenceSize_) {
+            if (!isTame(number(references, referenceSize_), depth + 1)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    std::string_view bytes_;
+    std::uint64_t offsetSize_ = 0;
+    std::uint64_t referenceSize_ = 0;
+    std::uint64_t offsets_ = 0;
+    int nodes_ = 0;
+    std::uint64_t text_ = 0;
+};
+
+bool isTame(std::string_view bytes) {
+    return bytes.starts_with("bplist") ? BinaryTree(bytes).isTame() : isXMLTame(bytes);
+}
+
+Array arrayOfPlist(plist_t node) {
+    Array result;
+    for (std::uint32_t i = 0; i < plist_array_get_size(node); ++i) {
+        result.push_back(valueOfPlist(plist_array_get_item(node, i)));
+    }
+    return result;
+}
+
+Dictionary dictionaryOfPlist(plist_t node) {
+    Dictionary result;
+    plist_dict_iter iterator = nullptr;
+    plist_dict_new_iter(node, &iterator);
+    while (true) {
+        char* key = nullptr;
+        plist_t item = nullptr;
+        plist_dict_next_item(node, iterator, &key, &item);
+        if (!item) {
+            break;
+        }
+        result.insert_or_assign(key, valueOfPlist(item));
+        std::free(key);
+    }
+    std::free(iterator);
+    return result;
+}
+
+std::string stringOfPlist(plist_t node) {
+    std::uint64_t length = 0;
+    const char* text = plist_get_string_ptr(node, &length);
+    return text ? std::string(text, length) : std::string();
+}
+
+template <class Number>
+Number numberOfPlist(plist_t node, void (*get)(plist_t, Number*)) {
+    Number result = 0;
+    get(node, &result);
+    return result;
+}
+
+Plist plistOfValue(const PropertyListValue& value, int depth);
+
+Plist plistOfArray(const Array& array, int depth) {
+    Plist result(plist_new_array());
+    for (const auto& value : array) {
+        auto item = plistOfValue(value, depth);
+        if (!item) {
+            return nullptr;
+        }
+        plist_array_append_item(result.get(), item.release());
+    }
+    return result;
+}
+
+Plist plistOfDictionary(const Dictionary& dictionary, int depth) {
+    Plist result(plist_new_dict());
+    for (const auto& [key, value] : dictionary) {
+        auto item = plistOfValue(value, depth);
+        if (!item) {
+            return nullptr;
+        }
+        plist_dict_set_item(result.get(), key.c_str(), item.release());
+    }
+    return result;
+}
+
+Plist plistOfValue(const PropertyListValue& value, int depth) {
+    if (depth > deepestValue) {
+        return nullptr;
+    }
+    if (const auto* array = value.array()) {
+        return plistOfArray(*array, depth + 1);
+    }
+    if (const auto* dictionary = value.dictionary()) {
+        return plistOfDictionary(*dictionary, depth + 1);
+    }
+    if (const auto* text = value.string()) {
+        return Plist(plist_new_string(text->c_str()));
+    }
+    if (const auto* boolean = value.boolean()) {
+        return Plist(plist_new_bool(*boolean));
+    }
+    if (const auto* real = value.real()) { // before integer(), which also takes reals that are whole
+        return Plist(plist_new_real(*real));
+    }
+    if (const auto integer = value.integer()) {
+        return Plist(plist_new_uint(static_cast<std::uint64_t>(*integer))); // libplist writes its sign
+    }
+    return nullptr;
+}
+
+} // namespace
+
+Plist dictionaryPlist(const std::string& bytes) {
+    if (!isTame(bytes)) {
+        return nullptr;
+    }
+    const NumbersOfC numbers;
+    plist_t node = nullptr;
+    plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &node);
+    Plist result(node);
+    return result && plist_get_node_type(node) == PLIST_DICT ? std::move(result) : nullptr;
+}
+
+std::string xmlOfPlist(plist_t node) {
+    const NumbersOfC numbers;
+    char* text = nullptr;
+    std::uint32_t length = 0;
+    plist_to_xml(node, &text, &length);
+    std::string result(text, length);
+    plist_to_xml_free(text);
+    return result;
+}
+
+PropertyListValue valueOfPlist(plist_t node) {
+    switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN:
+        return numberOfPlist(node, plist_get_bool_val) != 0;
+    case PLIST_UINT:
+        return static_cast<std::int64_t>(numberOfPlist(node, plist_get_uint_val));
+    case PLIST_REAL:
+        return numberOfPlist(node, plist_get_real_val);
+    case PLIST_STRING:
+        return stringOfPlist(node);
+    case PLIST_ARRAY:
+        return arrayOfPlist(node);
+    case PLIST_DICT:
+        return dictionaryOfPlist(node);
+    default:
+        return {};
+    }
+}
+
+Plist plistOfValue(const PropertyListValue& value) {
+    return plistOfValue(value, 0);
+}
+
+std::optional<Dictionary> dictionaryWithContentsOfFile(const std::filesystem::path& file) {
+    std::string bytes;
+    if (readFile(file, bytes)) {
+        return std::nullopt;
+    }
+    const auto node = dictionaryPlist(bytes);
+    return node ? dictionaryOfPlist(node.get()) : std::optional<Dictionary>();
+}
+
+} // namespace Linux

@@ -1,8 +1,0 @@
-#pragma once
-
-namespace NS {
-
-/// Makes the transfers under way fail, and all that follow: the application ends. Safe from any thread.
-void cancelTransfers();
-
-} // namespace NS
