@@ -4,6 +4,7 @@ import glob
 import shutil
 import time
 import unittest
+from pathlib import Path
 
 import dbus
 from desktop import APP, Desktop, wait_for
@@ -37,19 +38,22 @@ class Schedule(unittest.TestCase):
         self.desktop.start(environment=environment, command=command)
         self.desktop.cup_geometry()
 
-    def wake(self):
+    def announce_sleep(self, going_to_sleep):
         manager = self.desktop.bus("system").get_object("org.freedesktop.login1", "/org/freedesktop/login1")
-        for going_to_sleep in (True, False):
-            manager.EmitSignal("org.freedesktop.login1.Manager", "PrepareForSleep", "b",
-                               dbus.Array([going_to_sleep], signature="v"), dbus_interface="org.freedesktop.DBus.Mock")
+        manager.EmitSignal("org.freedesktop.login1.Manager", "PrepareForSleep", "b",
+                           dbus.Array([going_to_sleep], signature="v"), dbus_interface="org.freedesktop.DBus.Mock")
+
+    def wake(self):
+        self.announce_sleep(True)
+        self.announce_sleep(False)
 
     def expect_on(self, seconds=5):
         wait_for(self.desktop.cup_is_filled, seconds, "the cup to be on")
-        wait_for(self.desktop.logind_inhibitors, 1)
+        wait_for(self.desktop.logind_inhibitors, 5)
 
     def expect_off(self, seconds=5):
         wait_for(lambda: not self.desktop.cup_is_filled(), seconds, "the cup to be off")
-        wait_for(lambda: not self.desktop.logind_inhibitors(), 1)
+        wait_for(lambda: not self.desktop.logind_inhibitors(), 5)
 
     def expect_still(self, state, seconds=1.5):
         end = time.monotonic() + seconds
@@ -102,6 +106,18 @@ class Schedule(unittest.TestCase):
         self.wake()
         self.expect_off()
 
+    def test_times_that_are_slept_through_switch_nothing(self):
+        self.start_at("2024-05-06 08:59:57")
+        self.expect_off()
+        self.announce_sleep(True)
+        self.expect_still(False, 5)  # 09:00 comes
+        self.set_clock("2024-05-06 20:00:00")
+        self.announce_sleep(False)
+        self.expect_still(False)
+        self.set_clock("2024-05-07 10:00:00")
+        self.wake()
+        self.expect_on()
+
     def test_its_times_come_while_a_menu_is_open(self):
         self.start_at("2024-05-06 08:59:56")
         self.desktop.click_cup(button=3)
@@ -129,6 +145,24 @@ class Schedule(unittest.TestCase):
         self.expect_off()
         self.move_to(etc, "Europe/Berlin")
         self.expect_on()
+
+    def test_a_zone_that_is_copied_into_place_decides_at_once(self):
+        etc = self.desktop.folder / "etc"
+        shutil.copytree("/etc", etc, symlinks=True)
+        self.copy_into(etc, "Europe/Berlin")
+        self.start_at("2024-05-06 10:00:00", zone=None, command=["unshare", "--mount", "sh", "-c",
+                      'mount --bind "$0" /etc && exec "$1"', str(etc), str(APP / "Contents/MacOS/Vantorel")])
+        self.expect_on()
+        self.copy_into(etc, "America/New_York")  # 04:00 there
+        self.expect_off()
+        (etc / "localtime").write_bytes(Path("/usr/share/zoneinfo/Europe/Berlin").read_bytes())
+        self.expect_on()
+
+    @staticmethod
+    def copy_into(etc, zone):
+        new = etc / "localtime.new"
+        shutil.copyfile(f"/usr/share/zoneinfo/{zone}", new)
+        new.rename(etc / "localtime")
 
     @staticmethod
     def move_to(etc, zone):

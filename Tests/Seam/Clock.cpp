@@ -16,7 +16,8 @@ QTimeZone zone("UTC");
 
 class VirtualAlarm : public Linux::Alarm {
 public:
-    VirtualAlarm(const NS::Date& date, std::function<void()> callback) : date(date), callback(std::move(callback)) {
+    VirtualAlarm(const NS::Date& date, bool isDelay, std::function<void()> callback)
+        : date(date), isDelay(isDelay), callback(std::move(callback)) {
         all().push_back(this);
     }
     ~VirtualAlarm() override { std::erase(all(), this); }
@@ -38,7 +39,8 @@ public:
         last();
     }
 
-    const NS::Date date;
+    NS::Date date; // on the wall clock as it is set now
+    const bool isDelay;
     const std::function<void()> callback;
 };
 
@@ -50,6 +52,12 @@ void setTimeZone(const std::string& identifier) {
 }
 
 void setNow(const NS::Date& instant) {
+    const double change = instant.timeIntervalSince1970() - now.timeIntervalSince1970();
+    for (auto* alarm : VirtualAlarm::all()) {
+        if (alarm->isDelay) {
+            alarm->date = alarm->date.dateByAddingTimeInterval(change);
+        }
+    }
     now = instant;
 }
 
@@ -63,8 +71,8 @@ void runUntil(const NS::Date& date) {
 
 void sleepUntil(const NS::Date& date) {
     now = date;
-    runUntil(date);
     announceWake();
+    runUntil(date);
 }
 
 std::vector<NS::Date> scheduledTimers() {
@@ -101,13 +109,17 @@ QTimeZone systemTimeZone() {
 }
 
 std::unique_ptr<Alarm> makeAlarm(const Date& date, std::function<void()> callback) {
-    return std::make_unique<Seam::VirtualAlarm>(date, std::move(callback));
+    return std::make_unique<Seam::VirtualAlarm>(date, false, std::move(callback));
+}
+
+std::unique_ptr<Alarm> makeDelay(double seconds, std::function<void()> callback) {
+    return std::make_unique<Seam::VirtualAlarm>(Seam::now.dateByAddingTimeInterval(seconds), true, std::move(callback));
 }
 
 void callAfter(double seconds, std::function<void()> callback) {
     static auto& pending = *new std::list<std::unique_ptr<Alarm>>; // which the alarms' own list may not outlive
     const auto place = pending.emplace(pending.end());
-    *place = makeAlarm(Seam::now.dateByAddingTimeInterval(seconds), [place, callback = std::move(callback)] {
+    *place = makeDelay(seconds, [place, callback = std::move(callback)] {
         const auto last = callback; // this alarm ends here
         pending.erase(place);
         last();

@@ -17,7 +17,7 @@ void setNow(const NS::Date& now);
 /// Lets time pass until `date`: everything that falls due happens at its own time.
 void runUntil(const NS::Date& date);
 
-/// The machine sleeps until `date`: what fell due happens late, all at once, before anyone is told of the waking.
+/// The machine sleeps until `date`: everyone is told of the waking, then what fell due happens late, all at once.
 void sleepUntil(const NS::Date& date);
 
 /// When the timers that are scheduled are due, earliest first.

@@ -31,8 +31,12 @@ public:
 
 std::unique_ptr<Alarm> makeAlarm(const Date& date, std::function<void()> callback);
 
-/// Calls back once when that many seconds have passed, whatever the wall clock is set to meanwhile.
+/// Calls back once when that many seconds have passed, those not counted in which the machine sleeps.
 void callAfter(double seconds, std::function<void()> callback);
+
+/// An alarm for when that many seconds have passed, by a clock that is never set and goes on while the machine
+/// sleeps.
+std::unique_ptr<Alarm> makeDelay(double seconds, std::function<void()> callback);
 
 /// The time zone in force, always a valid one. Cheap enough to ask at every use. Safe from any thread.
 QTimeZone systemTimeZone();

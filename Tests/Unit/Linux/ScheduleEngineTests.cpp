@@ -232,6 +232,14 @@ TEST_F(ScheduleEngineTest, WakingWithTimersOverdueDecidesByThePresent) {
     EXPECT_TRUE(sleepGuard->isActive());
 }
 
+TEST_F(ScheduleEngineTest, AWindowThatWasSleptThroughAsksForNothing) {
+    Seam::setNow(at("08:00:00"));
+    engine->reconcile();
+    Seam::sleepUntil(at("20:00:00"));
+    EXPECT_EQ(Seam::power().creations, 0);
+    EXPECT_EQ(Seam::scheduledTimers(), (std::vector{at("09:00:00", tomorrow), at("17:00:00", tomorrow)}));
+}
+
 TEST_F(ScheduleEngineTest, AnOverrideThatWasNeverTimedEndsAtOnce) {
     Seam::setNow(at("10:00:00"));
     engine->manualOverride = true;

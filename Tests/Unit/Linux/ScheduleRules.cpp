@@ -158,8 +158,8 @@ void Model::passUntil(double instant) {
 
 void Model::sleepUntil(double instant) {
     now = instant;
-    passUntil(instant);
     reconcile();
+    passUntil(instant);
 }
 
 } // namespace ScheduleRules

@@ -61,7 +61,7 @@ struct Model {
     void toggle();
     /// What falls due happens, each thing in its time, or now when its time is past.
     void passUntil(double instant);
-    /// Nothing happens until the machine wakes; then what is overdue, then the waking itself.
+    /// Nothing happens until the machine wakes; then the waking itself, then what is still overdue.
     void sleepUntil(double instant);
 
 private:

@@ -53,6 +53,21 @@ TEST_F(TimerTest, WhatWasSleptThroughIsNotMadeUpFor) {
     EXPECT_EQ(timer.fireDate(), in(35));
 }
 
+TEST_F(TimerTest, AClockThatIsSetNeitherPutsOffNorHastensAnInterval) {
+    const auto timer = scheduled(10, 10, true);
+    const NS::Date lastYear = in(-365.0 * 86400);
+    Seam::setNow(lastYear);
+    Seam::runUntil(lastYear.dateByAddingTimeInterval(9.9));
+    EXPECT_EQ(fired, 0);
+    Seam::runUntil(lastYear.dateByAddingTimeInterval(10));
+    EXPECT_EQ(fired, 1);
+    Seam::setNow(in(0));
+    Seam::runUntil(in(9.9));
+    EXPECT_EQ(fired, 1);
+    Seam::runUntil(in(10));
+    EXPECT_EQ(fired, 2);
+}
+
 TEST_F(TimerTest, DoesNothingBeforeItIsAdded) {
     const auto timer = NS::Timer::timerWithFireDate(in(1), 0, false, [this] { ++fired; });
     Seam::runUntil(in(2));

@@ -1,5 +1,6 @@
 #include "Platform/AppKit/Workspace.h"
 #include "Platform/Foundation/NotificationCenter.h"
+#include "Platform/Linux/Clock/Sleep.h"
 #include "Platform/Linux/Seam.h"
 
 #include <QByteArray>
@@ -53,9 +54,10 @@ SystemEvents::SystemEvents(NotificationCenter workspaceCenter)
     bus.connect(QString(), QStringLiteral("/org/freedesktop/timedate1"),
                 QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"), this,
                 SLOT(zoneMayHaveChanged()));
-    // The folder, since the zone's link is replaced rather than written to.
-    files_.addPath(QStringLiteral("/etc"));
+    // The folder for a link or a file that is replaced, the file for one that is written to.
+    files_.addPaths({QStringLiteral("/etc"), QStringLiteral("/etc/localtime")});
     connect(&files_, &QFileSystemWatcher::directoryChanged, this, &SystemEvents::zoneMayHaveChanged);
+    connect(&files_, &QFileSystemWatcher::fileChanged, this, &SystemEvents::zoneMayHaveChanged);
     watchClock();
 }
 
@@ -67,12 +69,16 @@ SystemEvents::~SystemEvents() {
 }
 
 void SystemEvents::prepareForSleep(bool goingToSleep) {
-    if (!goingToSleep) {
-        workspaceCenter_.postNotificationName(WorkspaceDidWakeNotification());
+    if (goingToSleep) {
+        Sleep::current().begin();
+        return;
     }
+    workspaceCenter_.postNotificationName(WorkspaceDidWakeNotification());
+    Sleep::current().end();
 }
 
 void SystemEvents::zoneMayHaveChanged() {
+    files_.addPath(QStringLiteral("/etc/localtime")); // the watch goes with the file that was replaced
     const QByteArray zone = systemTimeZone().id();
     if (std::exchange(zone_, zone) != zone) {
         NotificationCenter::defaultCenter().postNotificationName(SystemTimeZoneDidChangeNotification());

@@ -1,11 +1,13 @@
-#include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Seam.h"
 
 #include <QByteArray>
 #include <array>
 #include <climits>
+#include <cstdlib>
+#include <filesystem>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,7 +16,6 @@ namespace Linux {
 namespace {
 
 constexpr const char* localTime = "/etc/localtime";
-constexpr const char* nameFile = "/etc/timezone";
 constexpr const char* database = "/usr/share/zoneinfo/";
 
 // The functions below answer an invalid zone where there is none.
@@ -47,12 +48,28 @@ QTimeZone zoneOfRule(std::string rule) {
     return QTimeZone(QByteArray::fromStdString(rule));
 }
 
-QTimeZone zoneOfEnvironment(std::string value) {
+/// The zone that a file anywhere holds. Qt keeps what it has read under the zone's name for good: another `generation` is
+/// another name for the same file.
+QTimeZone zoneOfFile(const std::string& path, int generation) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        return {};
+    }
+    QByteArray name("../../..");
+    for (int count = 0; count < generation; ++count) {
+        name += "/.";
+    }
+    return QTimeZone(name + QByteArray::fromStdString(path));
+}
+
+/// What TZ asks for, by the C library's rules: see https://pubs.opengroup.org/onlinepubs/9699919799/basedefs/V1_chap08.html
+QTimeZone zoneOfEnvironment(std::string value, int generation) {
     if (value.starts_with(':')) {
         value.erase(0, 1);
     }
     if (value.starts_with('/')) {
-        return zoneOfPath(value);
+        const QTimeZone zone = zoneOfPath(value);
+        return zone.isValid() ? zone : zoneOfFile(value, generation);
     }
     const QTimeZone zone = zoneOfName(value);
     return zone.isValid() ? zone : zoneOfRule(value);
@@ -64,22 +81,19 @@ QTimeZone zoneOfLink(const std::string& target) {
     return zone.isValid() ? zone : zoneOfPath(std::filesystem::canonical(localTime, error)); // over further links
 }
 
-QTimeZone zoneOfNameFile() {
-    std::string text;
-    if (readFile(nameFile, text)) {
-        return {};
-    }
-    return zoneOfName(QByteArray::fromStdString(text.substr(0, text.find('\n'))).trimmed().toStdString());
-}
-
 /// What shows that the zone in force may have changed.
 struct Sources {
-    std::string environment;
+    std::optional<std::string> environment;
     std::string link; // where the link to the zone leads
-    std::array<qint64, 3> nameFile;
+    std::array<qint64, 5> file;
 
     bool operator==(const Sources&) const = default;
 };
+
+std::optional<std::string> environment() {
+    const char* value = std::getenv("TZ");
+    return value ? std::optional<std::string>(value) : std::nullopt;
+}
 
 std::string linkTarget() {
     char target[PATH_MAX];
@@ -87,24 +101,26 @@ std::string linkTarget() {
     return std::string(target, size > 0 ? static_cast<std::size_t>(size) : 0);
 }
 
-std::array<qint64, 3> nameFileState() {
+std::array<qint64, 5> fileState() {
     struct stat status = {};
-    if (stat(nameFile, &status) != 0) {
+    if (stat(localTime, &status) != 0) {
         return {};
     }
-    return {static_cast<qint64>(status.st_ino), status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
+    return {static_cast<qint64>(status.st_dev), static_cast<qint64>(status.st_ino), static_cast<qint64>(status.st_size),
+            status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
 }
 
-QTimeZone zoneBy(const Sources& sources) {
-    QTimeZone zone = zoneOfEnvironment(sources.environment);
-    if (!zone.isValid()) {
+// As the C library and `date` do: TZ, or else /etc/localtime, and nothing besides. /etc/timezone is a note of Debian's
+// tools, which grows stale where the zone is changed by others.
+QTimeZone zoneBy(const Sources& sources, int generation) {
+    QTimeZone zone;
+    if (sources.environment) {
+        zone = zoneOfEnvironment(*sources.environment, generation);
+    } else {
         zone = zoneOfLink(sources.link);
-    }
-    if (!zone.isValid()) {
-        zone = zoneOfNameFile();
-    }
-    if (!zone.isValid()) {
-        zone = zoneOfName("../../../etc/localtime"); // the zone itself may have been copied there
+        if (!zone.isValid()) {
+            zone = zoneOfFile(localTime, generation);
+        }
     }
     return zone.isValid() ? zone : QTimeZone::utc();
 }
@@ -115,10 +131,11 @@ QTimeZone systemTimeZone() {
     static std::mutex mutex;
     static std::optional<Sources> known;
     static QTimeZone zone;
+    static int generation = 0;
 
     const std::lock_guard lock(mutex);
-    if (const Sources sources{qgetenv("TZ").toStdString(), linkTarget(), nameFileState()}; sources != known) {
-        zone = zoneBy(sources);
+    if (const Sources sources{environment(), linkTarget(), fileState()}; sources != known) {
+        zone = zoneBy(sources, generation++);
         known = sources;
     }
     return zone;

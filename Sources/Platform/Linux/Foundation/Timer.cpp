@@ -18,7 +18,10 @@ void TimerNative::schedule() {
 }
 
 void TimerNative::arm() {
-    alarm_ = makeAlarm(fireDate, [this] { fire(); });
+    const auto work = [this] { fire(); };
+    // A repeating one goes by its interval: a wall clock that is set back must not put it off.
+    alarm_ = repeats ? makeDelay(fireDate.timeIntervalSince1970() - now().timeIntervalSince1970(), work)
+                     : makeAlarm(fireDate, work);
 }
 
 void TimerNative::fire() {
