@@ -1,5 +1,4 @@
-"""What a Mach-O file says about itself: its slices, their load commands, symbols and code signature."""
-import hashlib
+"""What a Mach-O file says about itself: its slices, their load commands, and symbols."""
 import struct
 import typing
 
@@ -7,10 +6,9 @@ PROCESSORS = {(0x01000007, 3): "x86_64", (0x0100000C, 0): "arm64"}  # for all mo
 MH_EXECUTE = 2
 MH_WEAK_DEFINES = 0x8000
 MH_PIE = 0x200000
-CS_ADHOC = 0x2
 VM_PROT_READ, VM_PROT_WRITE, VM_PROT_EXECUTE = 1, 2, 4
 
-LC_SYMTAB, LC_LOAD_DYLIB, LC_SEGMENT_64, LC_UUID, LC_CODE_SIGNATURE, LC_BUILD_VERSION = 0x2, 0xC, 0x19, 0x1B, 0x1D, 0x32
+LC_SYMTAB, LC_LOAD_DYLIB, LC_SEGMENT_64, LC_UUID, LC_BUILD_VERSION = 0x2, 0xC, 0x19, 0x1B, 0x32
 LC_RPATH = 0x8000001C
 LC_LOADING = {0xC, 0x80000018, 0x8000001F, 0x20, 0x80000023}  # every way to load a library
 
@@ -50,7 +48,8 @@ class Slice:
         if magic != 0xFEEDFACF:
             raise ValueError("not a 64-bit Mach-O file")
         self.libraries, self.rpaths, self.segments, self.sections, self.symbols = [], [], {}, {}, []
-        self.platform = self.minimum_system = self.signature_offset = self.uuid = None
+        self.library_versions = {}
+        self.platform = self.minimum_system = self.uuid = None
         offset = 32
         for _ in range(count):
             command, size = struct.unpack_from("<II", data, offset)
@@ -62,8 +61,10 @@ class Slice:
             self.platform, minimum = struct.unpack_from("<II", self.data, offset + 8)
             self.minimum_system = version(minimum)
         elif command in LC_LOADING:
-            name = struct.unpack_from("<I", self.data, offset + 8)[0]
-            self.libraries.append((command, c_string(self.data, offset + name)))
+            at, _, current = struct.unpack_from("<III", self.data, offset + 8)
+            name = c_string(self.data, offset + at)
+            self.libraries.append((command, name))
+            self.library_versions[name] = version(current)
         elif command == LC_RPATH:
             self.rpaths.append(c_string(self.data, offset + struct.unpack_from("<I", self.data, offset + 8)[0]))
         elif command == LC_UUID:
@@ -77,8 +78,6 @@ class Slice:
                 self.sections[name] = struct.unpack_from("<Q", self.data, at + 40)[0]
         elif command == LC_SYMTAB:
             self._read_symbols(*struct.unpack_from("<4I", self.data, offset + 8))
-        elif command == LC_CODE_SIGNATURE:
-            self.signature_offset = struct.unpack_from("<I", self.data, offset + 8)[0]
 
     def _read_symbols(self, offset, count, strings, _):
         for i in range(count):
@@ -94,26 +93,3 @@ class Slice:
 
     def local_symbols(self):
         return [name for name, kind, _ in self.symbols if not kind & 0x01]
-
-    def signature_fault(self):
-        """What is wrong with the ad-hoc signature, or None: every page is hashed anew."""
-        if self.signature_offset is None:
-            return "there is none"
-        blob = self.data[self.signature_offset:]
-        magic, _, count = struct.unpack_from(">III", blob)
-        index = dict(struct.unpack_from(">II", blob, 12 + 8 * i) for i in range(count))
-        if magic != 0xFADE0CC0 or 0 not in index:
-            return "it holds no code directory"
-        directory = blob[index[0]:]
-        magic, _, _, flags, hashes, _, _, pages, limit = struct.unpack_from(">9I", directory)
-        hash_size, hash_type, _, page_bits = struct.unpack_from("4B", directory, 36)
-        if magic != 0xFADE0C02 or not flags & CS_ADHOC or hash_type != 2 or hash_size != 32:
-            return "it is not an ad-hoc one of SHA-256 hashes"
-        if limit != self.signature_offset or pages != -(-limit >> page_bits):
-            return "it does not cover the whole file"
-        for page in range(pages):
-            start = page << page_bits
-            digest = hashlib.sha256(self.data[start:min(start + (1 << page_bits), limit)]).digest()
-            if digest != directory[hashes + 32 * page:hashes + 32 * (page + 1)]:
-                return f"page {page} has another hash"
-        return None

@@ -9,17 +9,14 @@ import random
 import shutil
 import stat
 import subprocess
-import sys
 import tempfile
 import unittest
 import unittest.mock
 
+import disk_image
 import hfsplus
 
 PACKAGING = pathlib.Path(__file__).resolve().parent.parent.parent / "Packaging"
-sys.path.insert(0, str(PACKAGING))
-import disk_image  # noqa: E402
-
 NAMES = ("a", "z", "Ação", "with space", ".hidden", "lower", "UPPER", "x" * 100)
 
 

@@ -122,6 +122,15 @@ class Release(unittest.TestCase):
         self.release("1.2.0")
         self.assertEqual(self.git("log", "--format=%s"), "Release 1.2.0\nBegin\n")
 
+    def test_with_an_identity_the_application_is_signed_before_it_goes_into_the_image(self):
+        tool = self.folder / "tools/rcodesign"
+        tool.write_text('#!/bin/sh\nfor path; do :; done\necho "signing $path"\nprintf " signed" >> "$path/Contents/MacOS/Vantorel"\n')
+        tool.chmod(0o755)
+        self.environment |= {"VANTOREL_SIGNING_IDENTITY": "Developer ID Application: Someone (AB12CD34EF)",
+                             "VANTOREL_SIGNING_CERTIFICATE": "c.p12", "VANTOREL_SIGNING_PASSWORD": "c.txt"}
+        image = (self.release("1.2.0") / "server/updates/Vantorel-1.2.0.dmg").read_bytes()
+        self.assertIn(b"program signed", image)
+
     def test_the_commit_dates_everything(self):
         self.release("1.2.0")
         self.assertIn("cpack with 1700000000\n", (self.folder / "calls").read_text())

@@ -7,14 +7,12 @@ import plistlib
 import shutil
 import struct
 import subprocess
-import sys
 import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-sys.path.insert(0, str(ROOT / "Tests/macOS"))
-import seal  # noqa: E402
+import seal
 
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 IDENTIFIER = "com.korvex.vantorel"
 SOURCE = "static const char text[9000] = \"x\"; int main(int argc, char **argv) { (void)argv; return text[argc]; }\n"
 PROGRAM, INFO, RESOURCES = (f"Contents/{name}" for name in ("MacOS/Vantorel", "Info.plist", "_CodeSignature/CodeResources"))

@@ -2,6 +2,9 @@
 # joins them into one bundle.
 project(${PRODUCT_NAME} VERSION ${PRODUCT_VERSION} LANGUAGES NONE)
 include(${CMAKE_CURRENT_LIST_DIR}/zig.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/seal.cmake)
+
+option(VANTOREL_TESTS "Build the tests that need no world, though nothing here can run them" ON)
 
 find_program(NPM npm REQUIRED)
 find_program(LIPO llvm-lipo-19 REQUIRED)
@@ -33,6 +36,10 @@ function(make_runtime arch directory)
     endforeach()
 endfunction()
 
+set(bundle ${PRODUCT_NAME}.app)
+set(program ${bundle}/Contents/MacOS/${PRODUCT_NAME})
+set(info ${bundle}/Contents/Info.plist)
+set(icon ${bundle}/Contents/Resources/${PRODUCT_NAME}.icns)
 set(slices)
 set(previous)
 foreach(arch ${CMAKE_OSX_ARCHITECTURES})
@@ -43,20 +50,24 @@ foreach(arch ${CMAKE_OSX_ARCHITECTURES})
         COMMAND ${CMAKE_COMMAND} -S ${CMAKE_SOURCE_DIR} -B ${build} -G ${CMAKE_GENERATOR}
             --toolchain ${CMAKE_CURRENT_LIST_DIR}/cross.cmake
             -DVANTOREL_MACOS_ARCH=${arch} -DVANTOREL_MACOS_RUNTIME=${runtime}
-            -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DVANTOREL_TESTS=OFF
+            -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DVANTOREL_TESTS=${VANTOREL_TESTS}
         COMMAND ${CMAKE_COMMAND} --build ${build}
+        BYPRODUCTS ${build}/${program} ${build}/${info} ${build}/${icon}
         USES_TERMINAL VERBATIM)
     if(previous)
         add_dependencies(${arch} ${previous}) # each uses every core already
     endif()
     set(previous ${arch})
-    list(APPEND slices ${build}/${PRODUCT_NAME}.app/Contents/MacOS/${PRODUCT_NAME})
+    list(APPEND slices ${build}/${program})
 endforeach()
 
-set(bundle ${CMAKE_BINARY_DIR}/${PRODUCT_NAME}.app)
-add_custom_target(bundle ALL
+set(one_slice ${CMAKE_BINARY_DIR}/${previous})
+set(joined ${CMAKE_BINARY_DIR}/joined)
+add_custom_command(OUTPUT ${joined}
     COMMAND ${CMAKE_COMMAND} -E rm -rf ${bundle}
-    COMMAND ${CMAKE_COMMAND} -E copy_directory ${CMAKE_BINARY_DIR}/${previous}/${PRODUCT_NAME}.app ${bundle}
-    COMMAND ${LIPO} -create ${slices} -output ${bundle}/Contents/MacOS/${PRODUCT_NAME}
+    COMMAND ${CMAKE_COMMAND} -E copy_directory ${one_slice}/${bundle} ${bundle}
+    COMMAND ${LIPO} -create ${slices} -output ${program}
+    COMMAND ${CMAKE_COMMAND} -E touch ${joined}
+    DEPENDS ${slices} ${one_slice}/${info} ${one_slice}/${icon}
     VERBATIM)
-add_dependencies(bundle ${previous})
+seal(${CMAKE_BINARY_DIR}/${bundle} ${joined})
