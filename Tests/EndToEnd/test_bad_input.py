@@ -3,7 +3,6 @@
 import os
 import plistlib
 import subprocess
-import time
 import unittest
 
 from desktop import APP, Desktop, wait_for
@@ -17,10 +16,9 @@ class Preferences(unittest.TestCase):
     def kept_aside(self):
         return sorted(path.name for path in self.desktop.config.iterdir() if "damaged" in path.name)
 
-    def finish_first_run(self):
-        self.desktop.start()
+    def finish_first_run(self, **options):
+        self.desktop.start(**options)
         self.desktop.welcome_window()
-        time.sleep(0.3)
         self.desktop.xdotool("key", "Return")
         self.desktop.cup_geometry()
 
@@ -65,7 +63,7 @@ class Preferences(unittest.TestCase):
         subprocess.run(["mount", "-t", "tmpfs", "-o", "ro,size=64k", "tmpfs", read_only], check=True)
         self.addCleanup(subprocess.run, ["umount", "-l", read_only], check=True)
         self.desktop.environment["XDG_CONFIG_HOME"] = str(read_only)
-        self.finish_first_run()
+        self.finish_first_run(expects_log="LoginItem: register failed: ")
         self.desktop.click_cup()
         wait_for(self.desktop.cup_is_filled)
         self.assertEqual(self.desktop.end(), 0)
@@ -79,7 +77,7 @@ class Preferences(unittest.TestCase):
         with self.assertRaises(OSError), open(filler, "wb", buffering=0) as file:
             while True:
                 file.write(bytes(4096))
-        self.finish_first_run()
+        self.finish_first_run(expects_log="LoginItem: register failed: ")
         self.assertEqual(self.desktop.defaults_file.read_bytes(), before)
         filler.unlink()
         self.assertEqual(self.desktop.end(), 0)
@@ -101,13 +99,16 @@ class Session(unittest.TestCase):
     def test_arguments_are_ignored(self):
         with Desktop() as desktop:
             desktop.store({"appLanguage": "en"})
-            desktop.app_process = desktop.spawn([APP / "Contents/MacOS/Vantorel", "-platform", "nonsense", "--help"])
-            desktop.cup_geometry()
+            desktop.start(command=[APP / "Contents/MacOS/Vantorel", "-platform", "nonsense", "--help"])
+            desktop.click_cup()
+            wait_for(desktop.cup_is_filled)
 
     def test_a_tray_that_comes_later_shows_the_cup(self):
         with Desktop(tray=False) as desktop:
+            session = desktop.bus("session")
+            there = set(session.list_names())
             desktop.start_as_returning_user()
-            time.sleep(1)
+            wait_for(lambda: set(session.list_names()) - there, what="the program to look for a panel")
             self.assertIsNone(desktop.cup_window())
             desktop.start_tray()
             desktop.click_cup()
@@ -133,7 +134,7 @@ class Session(unittest.TestCase):
 
     def test_when_the_display_dies_nothing_stays_held(self):
         with Desktop() as desktop:
-            desktop.start_as_returning_user()
+            desktop.start_as_returning_user(expects_status=1, expects_log="The X11 connection broke")
             desktop.click_cup()
             wait_for(desktop.logind_inhibitors)
             desktop.x_server.kill()

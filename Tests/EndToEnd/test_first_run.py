@@ -2,7 +2,6 @@
 
 import configparser
 import signal
-import time
 import unittest
 
 from desktop import APP, Desktop, wait_for
@@ -13,10 +12,9 @@ ENGLISH = "en_GB.UTF-8"
 
 class FirstRun(unittest.TestCase):
     def launch(self, language, **options):
-        desktop = self.enterContext(Desktop(language=language, window_manager=True, **options))
-        desktop.start()
+        desktop = self.enterContext(Desktop(language=language, window_manager=True))
+        desktop.start(**options)
         desktop.welcome_window()
-        time.sleep(0.3)  # for the window manager to give it the focus
         return desktop
 
     def expect_running(self, desktop, language):
@@ -59,8 +57,8 @@ class FirstRun(unittest.TestCase):
         desktop.cup_geometry()
         self.assertEqual(desktop.end(), 0)
         desktop.start()
-        desktop.cup_geometry()
-        time.sleep(0.5)
+        desktop.click_cup()
+        wait_for(desktop.cup_is_filled)
         self.assertEqual(desktop.windows(), [])
 
     def test_quitting_from_the_welcome_window_leaves_nothing(self):
@@ -78,9 +76,9 @@ class FirstRun(unittest.TestCase):
         window = desktop.welcome_window()
         desktop.xdotool("key", "alt+F4")
         desktop.xdotool("key", "Escape")
-        time.sleep(0.5)
         self.assertEqual(desktop.windows(), [window])
-        self.assertIsNone(desktop.app_process.poll())
+        desktop.xdotool("key", "Return")  # comes after them
+        self.expect_running(desktop, "en")
 
     def test_the_window_is_centred_and_as_large_as_its_content(self):
         desktop = self.launch(ENGLISH)
@@ -90,12 +88,11 @@ class FirstRun(unittest.TestCase):
         self.assertAlmostEqual(y + height / 2, 768 / 2, delta=1)
 
     def test_a_refused_login_item_is_logged_and_no_hindrance(self):
-        desktop = self.launch(ENGLISH)
+        desktop = self.launch(ENGLISH, expects_log="LoginItem: register failed: ")
         desktop.config.mkdir(parents=True, exist_ok=True)
         desktop.autostart_file.parent.write_text("in the way")
         desktop.xdotool("key", "Return")
         desktop.cup_geometry()
-        self.assertIn("LoginItem: register failed: ", desktop.log())
         self.assertNotIn("launchAtLogin", wait_for(desktop.stored))
 
 

@@ -8,7 +8,7 @@ import Xlib.X
 import Xlib.Xatom
 import Xlib.error
 
-from desktop import REASON, Desktop, ProgramTest, wait_for
+from desktop import REASON, Desktop, wait_for
 
 SCREENSAVER_ENTRY = f"Vantorel|{REASON}"
 
@@ -17,7 +17,7 @@ STATE_LINE = 0.12
 TOGGLE_LINE = 0.38
 
 
-class Tray(ProgramTest):
+class Tray(unittest.TestCase):
     def start(self, **options):
         self.desktop = self.enterContext(Desktop(system_bus=False, **options))
         self.desktop.start_as_returning_user()

@@ -1,79 +1,14 @@
 """The Settings window, by mouse, keyboard and screen reader."""
 
 import configparser
-import pathlib
-import subprocess
 import time
 import unittest
 
 import Xlib.X
-from desktop import APP, Desktop, ProgramTest, wait_for
+from desktop import APP, Desktop, wait_for
 from server import Server
-
-PICTURES = pathlib.Path(__file__).resolve().parent.parent / "Data/pictures"
-LOGIN, SCHEDULE, ON, OFF = "Launch at login", "Automatic schedule", "Turn on at", "Turn off at"
-UPDATES, LANGUAGE = "Update automatically", "Language"
-CONTROLS = (LOGIN, SCHEDULE, ON, OFF, UPDATES, LANGUAGE)
-PORTUGUESE_CONTROLS = ("Iniciar com o Mac", "Agenda automática", "Ativar às", "Desativar às",
-                       "Atualizar automaticamente", "Idioma")
-LOGIN_HINT = "Move Vantorel to the Applications folder to enable this."
-STORED = {"appLanguage": "en", "autoUpdate": True, "scheduleEnabled": False, "scheduleOnMinutes": 540,
-          "scheduleOffMinutes": 1080}
-
-
-class Settings(ProgramTest):
-    def open_desktop(self, **options):
-        self.desktop = self.enterContext(Desktop(system_bus=False, window_manager=True, **options))
-        self.desktop.start_accessibility()
-
-    def start(self, environment=None, **defaults):
-        self.stored = STORED | defaults
-        self.desktop.store(self.stored)
-        self.desktop.start(environment=environment)
-
-    def open(self):
-        self.window = self.desktop.open_settings()
-
-    def close(self):
-        self.desktop.xdotool("key", "alt+F4")
-        wait_for(lambda: not self.desktop.settings_windows(), what="the window to close")
-
-    def controls(self):
-        """What can be worked, by its caption."""
-        return {caption: found for found in self.desktop.accessibles()
-                for caption in found["captions"] if found["role"] in ("check box", "spin button", "combo box")}
-
-    def is_on(self, caption):
-        return "checked" in self.controls()[caption]["states"]
-
-    def is_enabled(self, caption):
-        return "enabled" in self.controls()[caption]["states"]
-
-    def time_of(self, caption):
-        return self.controls()[caption]["text"].replace("\u202f", " ")
-
-    def texts(self):
-        return [found["name"] for found in self.desktop.accessibles() if "showing" in found["states"]]
-
-    def click(self, caption, x=0.5, y=0.5):
-        left, top, width, height = self.controls()[caption]["geometry"]
-        self.desktop.xdotool("mousemove", left + int(width * x), top + int(height * y))
-        self.desktop.xdotool("click", 1)
-
-    def keys(self, *keys):
-        self.desktop.xdotool("key", *keys)
-
-    def is_login_item(self):
-        return self.desktop.autostart_file.exists()
-
-    def refuse_login_items(self):
-        self.desktop.autostart_file.parent.write_text("in the way")
-
-    def expect_stored(self, **changes):
-        """That the preferences change by this, and by nothing else."""
-        self.stored |= changes
-        wait_for(lambda: self.desktop.stored() == self.stored, 5,
-                 lambda: f"{self.stored}, there is {self.desktop.stored()}")
+from settings_window import (CONTROLS, LANGUAGE, LOGIN, LOGIN_HINT, OFF, ON, PORTUGUESE_CONTROLS, REFUSED, SCHEDULE,
+                             UPDATES, Settings)
 
 
 class ByMouse(Settings):
@@ -264,15 +199,9 @@ class Schedule(Settings):
 
 
 class LoginItem(Settings):
-    def tearDown(self):
-        refusals = [line for line in self.desktop.log().splitlines() if "LoginItem: register failed: " in line]
-        self.assertEqual(self.desktop.log().splitlines(), refusals)
-        self.assertTrue(refusals)
-        self.assertEqual(self.desktop.end(), 0)
-
     def test_a_refusal_springs_the_switch_back_and_shows_the_hint(self):
         self.open_desktop()
-        self.start()
+        self.start(expects_log=REFUSED)
         self.refuse_login_items()
         self.open()
         x, y, width, height = self.desktop.geometry(self.window)
@@ -291,7 +220,7 @@ class LoginItem(Settings):
 
     def test_reopening_hides_the_hint(self):
         self.open_desktop()
-        self.start()
+        self.start(expects_log=REFUSED)
         self.refuse_login_items()
         self.open()
         before = self.desktop.geometry(self.window)
@@ -313,7 +242,6 @@ class Updates(Settings):
         self.click(UPDATES)
         self.expect_stored(autoUpdate=True)
         wait_for(lambda: server.requests, 3)
-        time.sleep(1)
         self.click(UPDATES)
         self.expect_stored(autoUpdate=False)
         while time.monotonic() < started + 14:  # past the first check, which is not made while they are off
@@ -376,77 +304,6 @@ class Appearance(Settings):
         for scheme in (Desktop.NO_PREFERENCE, Desktop.PREFER_DARK, Desktop.PREFER_LIGHT):
             self.desktop.prefer(scheme)
             self.expect(scheme == Desktop.PREFER_DARK, window)
-
-
-class WithPictures(Settings):
-    """The window as it is to look, to a small tolerance. What it looked like is kept beside the program."""
-
-    TAKEN = APP.parent / "pictures"
-    TOLERANCE = 60  # pixels that are more than slightly off: a text that moved by one makes some hundred
-
-    def expect_picture(self, name):
-        x, y, width, height = self.desktop.geometry(self.window)
-        self.desktop.xdotool("mousemove", 1, 1)
-        time.sleep(0.5)  # for the picture to settle
-        self.TAKEN.mkdir(exist_ok=True)
-        taken = self.TAKEN / f"{name}.png"
-        self.desktop.screenshot(taken, f"{width}x{height}+{x}+{y}")
-        compared = subprocess.run(["compare", "-metric", "AE", "-fuzz", "6%", taken, PICTURES / f"{name}.png", "null:"],
-                                  capture_output=True, text=True)
-        self.assertLess(compared.returncode, 2, compared.stderr)
-        self.assertLessEqual(float(compared.stderr), self.TOLERANCE, f"{taken} is not as it was")
-
-
-class Pictures(WithPictures):
-    def take(self, name, scheme=Desktop.PREFER_LIGHT, environment=None, **defaults):
-        self.open_desktop(screen="1280x1024x24")
-        self.desktop.start_portal(scheme)
-        self.start(environment=environment, **defaults)
-        self.open()
-        self.expect_picture(name)
-
-    def test_english_light(self):
-        self.take("settings-en-light")
-
-    def test_english_dark(self):
-        self.take("settings-en-dark", Desktop.PREFER_DARK, scheduleEnabled=True)
-
-    def test_portuguese_light(self):
-        self.take("settings-pt-light", appLanguage="pt-BR", scheduleEnabled=True)
-
-    def test_portuguese_dark(self):
-        self.take("settings-pt-dark", Desktop.PREFER_DARK, appLanguage="pt-BR")
-
-    def test_at_a_scale_factor_of_two(self):
-        self.take("settings-en-twice", environment={"QT_SCALE_FACTOR": "2"}, scheduleEnabled=True)
-
-    def test_after_the_language_was_switched_in_place(self):
-        self.take("settings-en-light")
-        self.click(LANGUAGE)
-        self.keys("Up", "Return")
-        wait_for(lambda: tuple(self.controls()) == PORTUGUESE_CONTROLS)
-        self.expect_picture("settings-en-switched-to-pt")
-
-    def test_the_focus_ring(self):
-        self.take("settings-en-light")
-        self.keys("Tab")
-        self.expect_picture("settings-en-focus")
-
-
-class PictureOfARefusal(WithPictures):
-    def tearDown(self):
-        self.assertIn("LoginItem: register failed: ", self.desktop.log())
-        self.assertEqual(self.desktop.end(), 0)
-
-    def test_with_the_hint(self):
-        self.open_desktop(screen="1280x1024x24")
-        self.desktop.start_portal(Desktop.PREFER_LIGHT)
-        self.start()
-        self.refuse_login_items()
-        self.open()
-        self.click(LOGIN)
-        wait_for(lambda: LOGIN_HINT in self.texts())
-        self.expect_picture("settings-en-hint")
 
 
 if __name__ == "__main__":

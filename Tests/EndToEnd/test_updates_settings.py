@@ -15,29 +15,17 @@ class Switch(UpdateTest):
         self.machine.start()
         self.desktop.app_process = self.machine.process  # for its windows
 
-    def open_settings(self):
-        self.desktop.click_cup(button=3)
-        [menu] = wait_for(self.desktop.windows)
-        for key in ("Down", "Down", "Return"):
-            self.desktop.xdotool("key", key)
-        wait_for(lambda: menu not in self.desktop.windows() and self.desktop.windows(), what="the Settings window")
-        time.sleep(0.5)  # for the keyboard to be its own
-
     def turn(self, on):
-        """From control to control, until that is the one that the space bar turned."""
-        for _ in range(8):
-            self.desktop.xdotool("key", "space")
-            time.sleep(0.2)
-            if self.machine.stored().get("autoUpdate", True) == on:
-                return
-            self.desktop.xdotool("key", "space", "Tab")
-            time.sleep(0.2)
-        raise AssertionError("no such switch")
+        self.desktop.open_settings()
+        self.desktop.xdotool("key", "Tab", "Tab", "Tab", "space")  # past launch at login and the schedule
+        self.expect_stored(on)
+
+    def expect_stored(self, on):
+        wait_for(lambda: self.machine.stored().get("autoUpdate", True) == on, what=f"autoUpdate to be {on}")
 
     def test_turning_it_on_looks_at_once(self):
         self.start(autoUpdate=False)
         self.server.answers[MANIFEST] = answer(404)
-        self.open_settings()
         self.turn(on=True)
         wait_for(lambda: self.server.requests, 2, "a request")
         self.assertLess(time.monotonic() - self.machine.started, FIRST_CHECK - 1)
@@ -46,14 +34,12 @@ class Switch(UpdateTest):
         self.start()
         silence = Silence()
         self.server.answers[MANIFEST] = silence
-        self.open_settings()
         wait_for(lambda: silence.began, FIRST_CHECK + 10, "the first check")
         threads = self.machine.threads()
         self.turn(on=False)
         self.desktop.xdotool("key", "space")
-        wait_for(lambda: self.machine.stored()["autoUpdate"])
-        time.sleep(1)
-        self.assertEqual(self.machine.threads(), threads, "the second check has not returned")
+        self.expect_stored(True)
+        wait_for(lambda: self.machine.threads() == threads, what="the second check to return")
         self.assertEqual(self.server.requests, [MANIFEST])
         self.assertIsNone(silence.ended)
         wait_for(lambda: silence.ended, 20)

@@ -53,7 +53,7 @@ class Package(unittest.TestCase):
         self.dpkg("--install", self.package)
         self.assertTrue((self.root / PROGRAM).is_file())
         with Desktop(window_manager=True) as desktop:
-            desktop.app_process = desktop.spawn([self.root / "usr/bin/vantorel"])
+            desktop.start(command=[self.root / "usr/bin/vantorel"])
             desktop.welcome_window()
             desktop.xdotool("key", "Return")
             desktop.click_cup()

@@ -27,6 +27,7 @@ IMAGE = "/updates/Vantorel.dmg"
 SCRIPT_BEGINS = b'#!/bin/sh\nTARGET="$1"\n'
 SCRIPT_SIZE = 755
 
+LOG_LINE = r"[-\d]+ [:.\d]+ Vantorel\[\d+:\d+\] "  # how the program's lines begin
 FIRST_CHECK = 12  # seconds after the start
 CHECKSUM_LINE = "Updater: checksum mismatch, discarding download"
 HELPER_LINE = "Updater: helper did not start, keeping the current version"
@@ -146,6 +147,7 @@ class Machine(contextlib.AbstractContextManager):
         if after:
             self.namespace.run("sh", "-c", folders + after)
         self.process = None
+        self.expected_lines = []
 
     @staticmethod
     def put_bundle(bundle, version, **info):
@@ -169,7 +171,9 @@ class Machine(contextlib.AbstractContextManager):
     # Processes
 
     def start(self, *through, **environment):
-        """Starts the program, by way of another command if one is given."""
+        """Starts the program, by way of another command if one is given. When the machine goes, it has to end well, and its
+        log has to hold nothing but the program's own lines and those that contain one of `expected_lines`: sanitizers
+        report at the end."""
         with open(self.folder / "log", "ab") as log:
             self.process = subprocess.Popen(
                 self.namespace.command(*through, self.target / "Contents/MacOS/Vantorel"),
@@ -205,9 +209,17 @@ class Machine(contextlib.AbstractContextManager):
     def end(self):
         for identifier in self.opened():
             end_process(identifier)
-        if self.process:
+        if self.process.poll() is None:
+            self.process.terminate()
+        try:
+            status = self.process.wait(20)
+        finally:
             self.process.kill()
-            self.process.wait()
+        log = (self.folder / "log").read_text(errors="replace")
+        assert status == 0, f"the program ended with {status}:\n{log}"
+        strangers = [line for line in log.splitlines() if not re.match(LOG_LINE, line)
+                     and not any(part in line for part in self.expected_lines)]
+        assert not strangers, "\n".join(["the program wrote:", *strangers])
 
     def __exit__(self, *_):
         self.stack.close()
@@ -226,7 +238,7 @@ class Machine(contextlib.AbstractContextManager):
     def log(self):
         """The lines of the log without their time and process; lines of another kind as they are."""
         lines = (self.folder / "log").read_text().splitlines()
-        return [re.sub(r"^[-\d]+ [:.\d]+ Vantorel\[\d+:\d+\] ", "", line) for line in lines]
+        return [re.sub(LOG_LINE, "", line) for line in lines]
 
     def left(self):
         """What stands in the temporary directory, with `*` for what is random in the names."""

@@ -11,7 +11,6 @@ import subprocess
 import sys
 import tempfile
 import time
-import unittest
 
 import dbus
 import Xlib.display
@@ -66,6 +65,8 @@ class Desktop(contextlib.AbstractContextManager):
         self.tray_options = tray_options
         self.refuses = refuses
         self.app_process = None
+        self.expected_statuses = {}  # of each process that `start` began
+        self.expected_lines = []  # of the log: parts of them
         self.environment = {
             "PATH": os.environ["PATH"],
             "KORVEX_UPDATE_BASE": "http://127.0.0.1:1",  # nobody answers: tests talk to nobody else's server
@@ -101,8 +102,12 @@ class Desktop(contextlib.AbstractContextManager):
             self.stack.close()
             raise
 
-    def __exit__(self, *_):
-        self.stack.close()
+    def __exit__(self, kind, *_):
+        try:
+            if kind is None:
+                self.check_programs()
+        finally:
+            self.stack.close()
 
     # Processes
 
@@ -170,6 +175,20 @@ class Desktop(contextlib.AbstractContextManager):
 
     def screen_saver_is_on(self):
         return self.display.screen().root.screensaver_query_info().state == Xlib.ext.screensaver.StateOn
+
+    def wait_for_still_picture(self):
+        """Until two looks at the screen, a moment apart, see the same."""
+        root = self.display.screen().root
+        size = root.get_geometry()
+
+        def is_still():
+            looks = []
+            for _ in range(2):
+                looks.append(root.get_image(0, 0, size.width, size.height, Xlib.X.ZPixmap, 0xFFFFFFFF).data)
+                time.sleep(0.1)
+            return looks[0] == looks[1]
+
+        wait_for(is_still, what="the screen to stand still")
 
     def screenshot(self, path, crop=None):
         command = ["import", "-silent", "-window", "root"]
@@ -319,16 +338,35 @@ class Desktop(contextlib.AbstractContextManager):
 
     # The program
 
-    def start(self, app=APP, environment=None, command=(), **options):
-        """Starts the program, or a command that becomes it; its standard error goes to `log()`."""
+    def start(self, app=APP, environment=None, command=(), expects_status=0, expects_log=None, **options):
+        """Starts the program, or a command that becomes it; its standard error goes to `log()`. When the desktop goes, the
+        program has to end with that status, and every line of the log has to contain `expects_log`, if there may be one."""
         self._log = open(self.folder / "log", "ab")
         self.stack.callback(self._log.close)
         self.app_process = self.spawn(command or [str(app / "Contents/MacOS/Vantorel")], stderr=self._log,
                                       stdout=self._log, environment=environment or {}, **options)
+        self.expected_statuses[self.app_process] = expects_status
+        if expects_log:
+            self.expected_lines.append(expects_log)
         return self.app_process
 
+    def check_programs(self):
+        """Ends what `start` began, and says whether it ended well and wrote nothing that is not expected: sanitizers report
+        at the end."""
+        for process, expected in self.expected_statuses.items():
+            if process.poll() is None:
+                process.terminate()
+            status = process.wait(20)
+            assert status == expected, f"the program ended with {status}, not with {expected}:\n{self.log()}"
+        if self.expected_statuses:
+            lines = self.log().splitlines()
+            unexpected = [line for line in lines if not any(part in line for part in self.expected_lines)]
+            assert not unexpected, "\n".join(["the program wrote:", *unexpected])
+            missing = [part for part in self.expected_lines if not any(part in line for line in lines)]
+            assert not missing, f"the program did not write: {missing}"
+
     def log(self):
-        return (self.folder / "log").read_text()
+        return (self.folder / "log").read_text(errors="replace")
 
     def start_as_returning_user(self, language="en", **options):
         self.store({"appLanguage": language})
@@ -348,6 +386,8 @@ class Desktop(contextlib.AbstractContextManager):
 
     def end(self, how=signal.SIGTERM, seconds=10):
         """Ends the program by a signal and returns its exit status."""
+        if how == signal.SIGKILL:
+            self.expected_statuses[self.app_process] = -how
         self.app_process.send_signal(how)
         return self.app_process.wait(seconds)
 
@@ -364,7 +404,13 @@ class Desktop(contextlib.AbstractContextManager):
         return [identifier for identifier in found if not cup or identifier != cup.id]
 
     def welcome_window(self):
-        return wait_for(self.windows, what="the Welcome window")[0]
+        """Once it has the keyboard."""
+        window = wait_for(self.windows, what="the Welcome window")[0]
+        self.wait_for_keyboard(window)
+        return window
+
+    def wait_for_keyboard(self, window):
+        wait_for(lambda: self.display.get_input_focus().focus.id == window, what="the keyboard")
 
     def title(self, window):
         """A window's title; None for one that is gone."""
@@ -373,6 +419,13 @@ class Desktop(contextlib.AbstractContextManager):
             title = resource.get_full_property(self.display.get_atom("_NET_WM_NAME"), 0)
             return title.value.decode() if title else ""
         return None
+
+    def settle(self):
+        """Until what was done so far has had its effect: the menu opens after it, and is closed."""
+        self.click_cup(button=3)
+        wait_for(self.windows, what="the menu")
+        self.xdotool("key", "Escape")
+        wait_for(lambda: not self.windows(), what="the menu to close")
 
     def settings_windows(self):
         titles = ("Vantorel Settings", "Ajustes do Vantorel")
@@ -384,16 +437,5 @@ class Desktop(contextlib.AbstractContextManager):
         wait_for(self.windows, what="the menu")
         self.xdotool("key", "Down", "Down", "Return")
         [window] = wait_for(self.settings_windows, what="the Settings window")
-        wait_for(lambda: self.display.get_input_focus().focus.id == window, what="the keyboard")
+        self.wait_for_keyboard(window)
         return window
-
-
-class ProgramTest(unittest.TestCase):
-    """Of a program that ends well, and without a word: on `desktop`, if it runs still."""
-
-    def tearDown(self):
-        status = self.desktop.app_process.poll()
-        status = self.desktop.end() if status is None else status
-        log = self.desktop.log()
-        self.assertEqual(status, 0, log)
-        self.assertEqual(log, "")

@@ -2,7 +2,6 @@
 
 import pathlib
 import sys
-import time
 
 from desktop import Desktop, wait_for
 
@@ -17,7 +16,7 @@ class Tour:
     def picture(self, what, crop=None):
         self.step += 1
         path = self.folder / f"{self.name}-{self.step:02}-{what}.png"
-        time.sleep(0.4)  # for the picture to settle
+        self.desktop.wait_for_still_picture()
         self.desktop.screenshot(path, crop)
         print(f"  {path}")
 
