@@ -13,7 +13,7 @@ struct ViewNative;
 enum class Edge { Leading, Trailing, CenterX, Top, Bottom };
 
 struct AnchorNative : Native {
-    AnchorNative(std::shared_ptr<ViewNative> view, Edge edge) : view(std::move(view)), edge(edge) {}
+    AnchorNative(const std::shared_ptr<ViewNative>& view, Edge edge) : view(view), edge(edge) {}
 
     std::weak_ptr<ViewNative> view;
     Edge edge;
@@ -26,6 +26,6 @@ Anchor makeAnchor(std::shared_ptr<ViewNative> view, Edge edge) {
 }
 
 /// One of a view's two lengths, as a side of a constraint.
-LayoutDimension makeDimension(std::shared_ptr<ViewNative> view, Qt::Orientation orientation);
+LayoutDimension makeDimension(const std::shared_ptr<ViewNative>& view, Qt::Orientation orientation);
 
 } // namespace Linux

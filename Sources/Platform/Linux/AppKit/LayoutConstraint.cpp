@@ -64,9 +64,9 @@ LayoutConstraint edgeConstraint(const Object& anchor, const Object& ofSuperview,
 
 } // namespace
 
-LayoutDimension makeDimension(std::shared_ptr<ViewNative> view, Qt::Orientation orientation) {
+LayoutDimension makeDimension(const std::shared_ptr<ViewNative>& view, Qt::Orientation orientation) {
     auto native = std::make_shared<DimensionNative>();
-    native->view = std::move(view);
+    native->view = view;
     native->orientation = orientation;
     return handle<LayoutDimension>(std::move(native));
 }

@@ -4,12 +4,11 @@
 #include "Platform/Linux/Native.h"
 
 #include <QTimeZone>
-#include <utility>
 
 namespace Linux {
 
 struct CalendarNative : Native {
-    explicit CalendarNative(QTimeZone timeZone) : zone(std::move(timeZone)) {}
+    explicit CalendarNative(const QTimeZone& timeZone) : zone(timeZone) {}
 
     const QTimeZone zone; // a valid one
 };
