@@ -1,6 +1,7 @@
 # The tests that need no world of the tests' own, for macOS. On a Mac they are run; cross-built they are compiled and linked.
 file(GLOB portable_tests CONFIGURE_DEPENDS Unit/Portable/*.cpp)
 add_executable(PortableTests ${portable_tests})
+target_include_directories(PortableTests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(PortableTests PRIVATE Warnings VantorelCore Platform)
 
 if(CMAKE_CROSSCOMPILING)
@@ -14,5 +15,5 @@ else()
     # Homebrew's library is for one processor, unlike the program that is tested.
     set_target_properties(PortableTests PROPERTIES OSX_ARCHITECTURES ${CMAKE_HOST_SYSTEM_PROCESSOR})
     # The first start of a new program is looked into by the system, which takes its time.
-    gtest_discover_tests(PortableTests DISCOVERY_TIMEOUT 60)
+    gtest_discover_tests(PortableTests PROPERTIES LABELS unit DISCOVERY_TIMEOUT 60)
 endif()

@@ -56,7 +56,7 @@ def measure(machine, program, number):
 
 def main():
     source = pathlib.Path(sys.argv[1])
-    number = int(sys.argv[2]) if len(sys.argv) > 2 else 1000
+    number = int(sys.argv[2]) if len(sys.argv) > 2 else 100
     with tempfile.TemporaryDirectory(prefix="vantorel-") as folder, Server() as server:
         # This needs no desktop.
         account = types.SimpleNamespace(folder=pathlib.Path(folder), environment={

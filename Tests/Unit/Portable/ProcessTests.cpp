@@ -1,10 +1,11 @@
 #include "Platform/Foundation/ProcessInfo.h"
 #include "Platform/Foundation/UUID.h"
+#include "Support/Matches.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <regex>
 #include <set>
+#include <string>
 #include <unistd.h>
 
 namespace {
@@ -23,11 +24,11 @@ TEST(ProcessInfo, IdentifiesThisProcess) {
 }
 
 TEST(UUID, IsRandomInUpperCase) {
-    const std::regex form("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
+    const std::string form = "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}";
     std::set<std::string> texts;
     for (int count = 0; count < 1000; ++count) {
         const auto uuid = NS::UUID::UUIDWithRandomBytes();
-        EXPECT_TRUE(std::regex_match(uuid.UUIDString(), form)) << uuid.UUIDString();
+        EXPECT_TRUE(matches(uuid.UUIDString(), form)) << uuid.UUIDString();
         EXPECT_EQ(uuid.UUIDString(), uuid.UUIDString());
         texts.insert(uuid.UUIDString());
     }

@@ -1,9 +1,12 @@
+#include "Support/Matches.h"
 #include "Updater.h"
 
 #include <gtest/gtest.h>
 #include <random>
-#include <regex>
+#include <sstream>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -62,14 +65,16 @@ TEST(UpdaterVersions, APieceBeyond64BitsCountsAsZero) {
 
 // The same rule, said with other means.
 std::vector<long long> numbersOf(const std::string& version) {
-    static const std::regex piece("[^.]+");
-    static const std::regex number("[+-]?[0-9]+");
     std::vector<long long> numbers;
-    for (std::sregex_iterator match(version.begin(), version.end(), piece), end; match != end; ++match) {
+    std::istringstream pieces(version);
+    for (std::string piece; std::getline(pieces, piece, '.');) {
+        if (piece.empty()) {
+            continue;
+        }
         long long value = 0;
-        if (std::regex_match(match->str(), number)) {
+        if (matches(piece, "[+-]?[0-9]+")) {
             try {
-                value = std::stoll(match->str());
+                value = std::stoll(piece);
             } catch (const std::out_of_range&) {
                 value = 0;
             }

@@ -5,6 +5,7 @@
 #include "Platform/Foundation/Task.h"
 #include "Prefs.h"
 #include "Support/HTTPServer.h"
+#include "Support/Matches.h"
 #include "Tools.h"
 #include "Updater.h"
 
@@ -16,7 +17,6 @@
 #include <future>
 #include <gtest/gtest.h>
 #include <iterator>
-#include <regex>
 #include <sstream>
 #include <sys/mount.h>
 #include <thread>
@@ -143,7 +143,8 @@ struct UpdaterTest : testing::Test {
         std::istringstream log(testing::internal::GetCapturedStderr());
         Names lines;
         for (std::string line; std::getline(log, line);) {
-            lines.push_back(std::regex_replace(line, std::regex("^[-0-9]+ [:.0-9]+ [^ ]+ "), ""));
+            const bool hasHead = matches(line, "[-0-9]+ [:.0-9]+ [^ ]+ .*");
+            lines.push_back(hasHead ? line.substr(line.find(' ', line.find(' ', line.find(' ') + 1) + 1) + 1) : line);
         }
         return lines;
     }

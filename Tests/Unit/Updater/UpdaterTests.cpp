@@ -337,9 +337,8 @@ TEST_F(UpdaterTest, TheToolsGetExactlyTheirArguments) {
     ASSERT_EQ(runs.size(), 4U);
     const std::string mountPoint = runs[0].back();
     const auto staged = temporary / "Vantorel-staged-1.1.0/Vantorel.app";
-    EXPECT_TRUE(
-        std::regex_match(fs::path(mountPoint).filename().string(),
-                         std::regex("Vantorel-mount-[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}")));
+    EXPECT_TRUE(matches(fs::path(mountPoint).filename().string(),
+                        "Vantorel-mount-[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}"));
     EXPECT_EQ(fs::path(mountPoint).parent_path(), temporary);
     EXPECT_EQ(runs[0], (Tools::Run{"hdiutil", "attach", temporary / "Vantorel-1.1.0.dmg", "-nobrowse", "-readonly",
                                    "-mountpoint", mountPoint}));
@@ -495,11 +494,11 @@ TEST_F(UpdaterTest, TheHelperGetsExactlyItsArguments) {
     const auto run = Tools::runs().back();
     const std::string uuid = "[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}";
     ASSERT_EQ(run.size(), 6U);
-    EXPECT_TRUE(std::regex_match(run[1], std::regex(temporary.string() + "/Vantorel-update-" + uuid + "\\.sh")));
+    EXPECT_TRUE(matches(run[1], temporary.string() + "/Vantorel-update-" + uuid + "\\.sh"));
     EXPECT_EQ(run[2], bundle);
     EXPECT_EQ(run[3], temporary / "Vantorel-staged-1.1.0/Vantorel.app");
     EXPECT_EQ(run[4], std::to_string(getpid()));
-    EXPECT_TRUE(std::regex_match(run[5], std::regex(temporary.string() + "/Vantorel-update-" + uuid + "\\.started")));
+    EXPECT_TRUE(matches(run[5], temporary.string() + "/Vantorel-update-" + uuid + "\\.started"));
     EXPECT_NE(fs::path(run[1]).stem(), fs::path(run[5]).stem());
 }
 
