@@ -80,8 +80,7 @@ NS::Menu StatusItemController::buildMenu() {
                               calling(&StatusItemController::toggleFromMenu), ""));
     menu.addItem(NS::MenuItem(L10n::t("menu.settings"), calling(&StatusItemController::openSettings), ","));
     menu.addItem(NS::MenuItem::separatorItem());
-    menu.addItem(NS::MenuItem(
-        L10n::t("menu.quit"), [] { NS::Application::sharedApplication().terminate(); }, "q"));
+    menu.addItem(NS::MenuItem(L10n::t("menu.quit"), [] { NS::Application::sharedApplication().terminate(); }, "q"));
     return menu;
 }
 

@@ -14,7 +14,7 @@ Power& power() {
 namespace Linux {
 
 IOReturn createPowerAssertion(const std::string& type, IOPMAssertionLevel level, const std::string& name,
-                                     IOPMAssertionID* id) {
+                              IOPMAssertionID* id) {
     constexpr IOReturn refused = -536870212;
     auto& power = Seam::power();
     power.initialID = *id;

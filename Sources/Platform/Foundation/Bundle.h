@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/Foundation/Object.h"
-#include "Platform/Foundation/URL.h"
 #include "Platform/Foundation/PropertyListValue.h"
+#include "Platform/Foundation/URL.h"
 
 #include <optional>
 #include <string>

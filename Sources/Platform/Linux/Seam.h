@@ -10,9 +10,9 @@
 #include <memory>
 #include <string>
 
-/// What this backend needs of the world outside. The product's world is the session and the kernel (Clock/, Bar/, Power/,
-/// Appearance/); the unit tests link one of their own (Tests/Seam, with the same four parts). A world defines every
-/// function here. Main thread only, where nothing else is said.
+/// What this backend needs of the world outside. The product's world is the session and the kernel (Clock/, Bar/,
+/// Power/, Appearance/); the unit tests link one of their own (Tests/Seam, with the same four parts). A world defines
+/// every function here. Main thread only, where nothing else is said.
 namespace Linux {
 
 using namespace NS;

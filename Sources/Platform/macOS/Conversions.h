@@ -58,7 +58,8 @@ NSData* toNSData(const std::string& bytes);
 /// Empty for nil.
 std::string toBytes(NSData* _Nullable data);
 
-/// Nil for `PropertyListValue::Other`, which stands for no object in particular; inside an array or dictionary it is left out.
+/// Nil for `PropertyListValue::Other`, which stands for no object in particular; inside an array or dictionary it is
+/// left out.
 id _Nullable toPropertyList(const PropertyListValue& value);
 NSDictionary<NSString*, id>* toNSDictionary(const Dictionary& dictionary);
 PropertyListValue toValue(id _Nullable propertyList);

@@ -17,7 +17,8 @@ PropertyListValue numberValue(NSNumber* number) {
     const double real = [number doubleValue];
     const std::int64_t integer = [number longLongValue];
     const bool wraps = integer < 0 && real > 0; // an unsigned number above all signed ones
-    return wraps || CFNumberIsFloatType((__bridge CFNumberRef)number) ? PropertyListValue(real) : PropertyListValue(integer);
+    return wraps || CFNumberIsFloatType((__bridge CFNumberRef)number) ? PropertyListValue(real)
+                                                                      : PropertyListValue(integer);
 }
 
 Array toArray(NSArray* array) {

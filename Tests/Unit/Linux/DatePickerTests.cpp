@@ -111,9 +111,8 @@ TEST_F(DatePickerTest, ADisabledOneTakesNoKey) {
 
 TEST_F(DatePickerTest, WritesTheTimeAsTheRegionDoes) {
     picker.setDateValue(at(day + 13 * 3600.0));
-    const std::pair<const char*, const char*> cases[] = {
-        {"en_US", "9:00 AM"}, {"en_GB", "09:00"}, {"pt_BR", "09:00"},
-        {"fi_FI", "9.00"},    {"C", "09:00"},           {"de_DE", "09:00"}};
+    const std::pair<const char*, const char*> cases[] = {{"en_US", "9:00 AM"}, {"en_GB", "09:00"}, {"pt_BR", "09:00"},
+                                                         {"fi_FI", "9.00"},    {"C", "09:00"},     {"de_DE", "09:00"}};
     for (const auto& [locale, text] : cases) {
         makeIn(locale);
         EXPECT_EQ(edit->text().replace(QChar(0x202f), ' ').toStdString(), text) << locale;

@@ -36,7 +36,7 @@ std::size_t allocatedBytes() {
 TEST(JSONSerialization, ObjectsAndArraysAreRead) {
     EXPECT_EQ(JSONObjectWithData(" {\"a\" :\t[1, \"x\", {}],\r\n\"b\":{\"c\":[]}} "),
               NS::PropertyListValue(NS::Dictionary{{"a", NS::Array{1, "x", NS::Dictionary()}},
-                                       {"b", NS::Dictionary{{"c", NS::Array()}}}}));
+                                                   {"b", NS::Dictionary{{"c", NS::Array()}}}}));
     EXPECT_EQ(JSONObjectWithData("[]"), NS::PropertyListValue(NS::Array()));
     EXPECT_EQ(JSONObjectWithData("{ }"), NS::PropertyListValue(NS::Dictionary()));
 }
@@ -156,7 +156,8 @@ TEST(JSONSerialization, AByteOrderMarkIsPassedOver) {
 }
 
 TEST(JSONSerialization, OfEqualKeysTheLastOneCounts) {
-    EXPECT_EQ(JSONObjectWithData(R"({"a":1,"b":2,"\u0061":3})"), NS::PropertyListValue(NS::Dictionary{{"a", 3}, {"b", 2}}));
+    EXPECT_EQ(JSONObjectWithData(R"({"a":1,"b":2,"\u0061":3})"),
+              NS::PropertyListValue(NS::Dictionary{{"a", 3}, {"b", 2}}));
 }
 
 TEST(JSONSerialization, NestingEndsAt512) {

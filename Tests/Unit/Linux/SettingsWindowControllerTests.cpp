@@ -355,7 +355,8 @@ TEST_F(SettingsWindowControllerTest, ThePopupSelectsTheStoredLanguageElseTheSyst
          {Case{"en", "pt_BR", 1}, Case{"pt-BR", "en_GB", 0}, Case{"fr", "pt_PT", 0}, Case{"PT-BR", "en_GB", 1},
           Case{std::nullopt, "pt_BR", 0}, Case{std::nullopt, "fr", 1}}) {
         qputenv("LANGUAGE", system);
-        Prefs::d().setObjectForKey(language ? std::optional(NS::PropertyListValue(*language)) : std::nullopt, Prefs::appLanguage);
+        Prefs::d().setObjectForKey(language ? std::optional(NS::PropertyListValue(*language)) : std::nullopt,
+                                   Prefs::appLanguage);
         EXPECT_EQ(show().languagePopup.indexOfSelectedItem(), index) << language.value_or("none") << ' ' << system;
     }
 }

@@ -106,7 +106,9 @@ TEST_F(SleepGuardTest, ACallbackMayReplaceItself) {
 }
 
 TEST(SleepGuard, DestroyingTheGuardKeepsTheAssertion) {
-    { SleepGuard().activate(); }
+    {
+        SleepGuard().activate();
+    }
     EXPECT_EQ(Seam::power().held.size(), 1U);
     EXPECT_TRUE(Seam::power().releases.empty());
 }

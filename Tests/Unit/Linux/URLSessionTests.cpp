@@ -29,8 +29,8 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using Pieces = std::vector<Seam::HTTPServer::Piece>;
 
-constexpr double patience = 1;   // seconds, in tests of silence
-constexpr auto pause = 300ms;    // which is shorter
+constexpr double patience = 1; // seconds, in tests of silence
+constexpr auto pause = 300ms;  // which is shorter
 constexpr auto forever = 1h;
 
 NS::URLRequest request(const std::string& url, double timeout = 10) {

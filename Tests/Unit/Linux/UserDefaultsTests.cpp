@@ -80,7 +80,9 @@ protected:
         return store.write();
     }
 
-    std::optional<NS::PropertyListValue> storedAnswer() const { return Linux::PropertyListStore(file()).value("answer"); }
+    std::optional<NS::PropertyListValue> storedAnswer() const {
+        return Linux::PropertyListStore(file()).value("answer");
+    }
 
 private:
     QTemporaryDir folder_;
@@ -800,7 +802,8 @@ TEST_F(UserDefaults, OnlyDictionariesAreReadAsDictionaries) {
     const NS::Dictionary attempts = {{"1.2.0", 3}};
     set(attempts);
     EXPECT_EQ(defaults.dictionaryForKey("key"), attempts);
-    for (const NS::PropertyListValue& value : {NS::PropertyListValue("1.2.0"), NS::PropertyListValue(3), NS::PropertyListValue(true), NS::PropertyListValue(NS::Array{3})}) {
+    for (const NS::PropertyListValue& value : {NS::PropertyListValue("1.2.0"), NS::PropertyListValue(3),
+                                               NS::PropertyListValue(true), NS::PropertyListValue(NS::Array{3})}) {
         set(value);
         EXPECT_EQ(defaults.dictionaryForKey("key"), std::nullopt);
     }

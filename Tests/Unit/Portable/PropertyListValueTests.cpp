@@ -8,7 +8,8 @@ namespace {
 TEST(Value, IntegralNumbersAreIntegers) {
     EXPECT_EQ(NS::PropertyListValue(7).integer(), 7);
     EXPECT_EQ(NS::PropertyListValue(-2.0).integer(), -2);
-    EXPECT_EQ(NS::PropertyListValue(std::numeric_limits<std::int64_t>::max()).integer(), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(NS::PropertyListValue(std::numeric_limits<std::int64_t>::max()).integer(),
+              std::numeric_limits<std::int64_t>::max());
 }
 
 TEST(Value, NothingElseIsAnInteger) {

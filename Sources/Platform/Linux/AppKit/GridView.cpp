@@ -77,8 +77,8 @@ private:
         for (std::size_t column = 0; column < row.cells.size(); ++column) {
             const auto& cell = *row.cells[column];
             if (cell.view && cell.column == static_cast<long>(column)) { // and not merged into one before
-                places.push_back({&native(cell.view), static_cast<int>(column),
-                                  static_cast<int>(cell.span), isTrailing(cell)});
+                places.push_back(
+                    {&native(cell.view), static_cast<int>(column), static_cast<int>(cell.span), isTrailing(cell)});
             }
         }
         return places;

@@ -1,7 +1,7 @@
 #include "Platform/AppKit/LayoutConstraint.h"
 
-#include "Platform/Linux/AppKit/EdgeLayout.h"
 #include "Platform/Linux/AppKit/Anchors.h"
+#include "Platform/Linux/AppKit/EdgeLayout.h"
 #include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "Platform/Linux/Bar/PanelAppearance.h"
 
-#include "Platform/Linux/Bar/PanelIcon.h"
 #include "Platform/Linux/AppKit/Palette.h"
+#include "Platform/Linux/Bar/PanelIcon.h"
 
 #include <QCoreApplication>
 #include <QEvent>

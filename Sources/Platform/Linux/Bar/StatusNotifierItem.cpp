@@ -1,8 +1,8 @@
 #include "Platform/Linux/Bar/StatusNotifierItem.h"
 
 #include "Platform/Linux/Bar/Click.h"
-#include "Platform/Linux/DBus.h"
 #include "Platform/Linux/Bar/PanelIcon.h"
+#include "Platform/Linux/DBus.h"
 
 #include <QCoreApplication>
 #include <QCursor>

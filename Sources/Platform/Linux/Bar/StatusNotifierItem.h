@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Platform/Linux/AppKit/StatusItemNative.h"
 #include "Platform/Linux/Bar/DBusMenu.h"
 #include "Platform/Linux/Bar/PanelAppearance.h"
-#include "Platform/Linux/AppKit/StatusItemNative.h"
 
 #include <QByteArray>
 #include <QDBusConnection>

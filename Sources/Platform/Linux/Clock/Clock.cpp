@@ -27,8 +27,8 @@ class TimerDescriptor : public Alarm {
 public:
     /// `seconds` are on that clock, or from now on without TFD_TIMER_ABSTIME among the `flags`.
     TimerDescriptor(clockid_t clock, int flags, double seconds, std::function<void()> callback)
-        : descriptor_(timerfd_create(clock, TFD_CLOEXEC | TFD_NONBLOCK)),
-          notifier_(descriptor_, QSocketNotifier::Read), callback_(std::move(callback)) {
+        : descriptor_(timerfd_create(clock, TFD_CLOEXEC | TFD_NONBLOCK)), notifier_(descriptor_, QSocketNotifier::Read),
+          callback_(std::move(callback)) {
         QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] { fallDue(); });
         const itimerspec setting = {.it_interval = {}, .it_value = timespecOf(seconds)};
         timerfd_settime(descriptor_, flags, &setting, nullptr);

@@ -5,9 +5,9 @@
 
 namespace Linux {
 
-/// The machine's sleep, from the announcement that it begins until the waking has been announced to the program. An alarm
-/// that falls due meanwhile waits for the end: so whoever decides anew at waking does it first, as on a Mac, whose timers
-/// stand still. Main thread only.
+/// The machine's sleep, from the announcement that it begins until the waking has been announced to the program. An
+/// alarm that falls due meanwhile waits for the end: so whoever decides anew at waking does it first, as on a Mac,
+/// whose timers stand still. Main thread only.
 class Sleep final : public QObject {
     Q_OBJECT
 

@@ -48,8 +48,8 @@ QTimeZone zoneOfRule(std::string rule) {
     return QTimeZone(QByteArray::fromStdString(rule));
 }
 
-/// The zone that a file anywhere holds. Qt keeps what it has read under the zone's name for good: another `generation` is
-/// another name for the same file.
+/// The zone that a file anywhere holds. Qt keeps what it has read under the zone's name for good: another `generation`
+/// is another name for the same file.
 QTimeZone zoneOfFile(const std::string& path, int generation) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error)) {
@@ -62,7 +62,8 @@ QTimeZone zoneOfFile(const std::string& path, int generation) {
     return QTimeZone(name + QByteArray::fromStdString(path));
 }
 
-/// What TZ asks for, by the C library's rules: see https://pubs.opengroup.org/onlinepubs/9699919799/basedefs/V1_chap08.html
+/// What TZ asks for, by the C library's rules: see
+/// https://pubs.opengroup.org/onlinepubs/9699919799/basedefs/V1_chap08.html
 QTimeZone zoneOfEnvironment(std::string value, int generation) {
     if (value.starts_with(':')) {
         value.erase(0, 1);

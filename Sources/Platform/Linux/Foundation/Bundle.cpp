@@ -53,8 +53,8 @@ using namespace Linux;
 
 Bundle Bundle::mainBundle() {
     // Never destroyed: threads may still ask while the process ends.
-    static const auto& bundle = *new Bundle(
-        handle<Bundle>(std::make_shared<BundleNative>(std::filesystem::read_symlink("/proc/self/exe"))));
+    static const auto& bundle =
+        *new Bundle(handle<Bundle>(std::make_shared<BundleNative>(std::filesystem::read_symlink("/proc/self/exe"))));
     return bundle;
 }
 

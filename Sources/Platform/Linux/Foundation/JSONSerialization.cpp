@@ -26,7 +26,8 @@ public:
     bool number_integer(std::int64_t value) override { return add(value); }
     bool number_unsigned(std::uint64_t value) override {
         const bool isSigned = value <= std::uint64_t{std::numeric_limits<std::int64_t>::max()};
-        return add(isSigned ? PropertyListValue(static_cast<std::int64_t>(value)) : PropertyListValue(static_cast<double>(value)));
+        return add(isSigned ? PropertyListValue(static_cast<std::int64_t>(value))
+                            : PropertyListValue(static_cast<double>(value)));
     }
     bool number_float(double value, const std::string&) override { return add(value); }
     bool string(std::string& text) override { return add(std::move(text)); }
@@ -60,7 +61,8 @@ private:
     bool close() {
         Container closed = std::move(open_.back());
         open_.pop_back();
-        return add(closed.isObject ? PropertyListValue(std::move(closed.entries)) : PropertyListValue(std::move(closed.items)));
+        return add(closed.isObject ? PropertyListValue(std::move(closed.entries))
+                                   : PropertyListValue(std::move(closed.items)));
     }
 
     bool add(PropertyListValue value) {

@@ -31,8 +31,7 @@ std::string linePrefix() {
 
 /// Control characters would break the line, or steer the terminal it is read on.
 std::string oneLine(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, ' ');
+    std::replace_if(text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, ' ');
     return text;
 }
 

@@ -4,8 +4,8 @@
 #include "Platform/Linux/Foundation/BundleNative.h"
 #include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Foundation/Spawn.h"
-#include "Platform/Linux/Foundation/URLNative.h"
 #include "Platform/Linux/Foundation/Transfers.h"
+#include "Platform/Linux/Foundation/URLNative.h"
 
 #include <atomic>
 #include <cerrno>

@@ -118,8 +118,8 @@ using namespace Linux;
 
 UserDefaults UserDefaults::standardUserDefaults() {
     // Never destroyed: threads may still ask while the process ends.
-    static const auto& defaults = *new UserDefaults(handle<UserDefaults>(std::make_shared<UserDefaultsNative>(
-        configFolder() / (native(Bundle::mainBundle()).fileName() + ".plist"))));
+    static const auto& defaults = *new UserDefaults(handle<UserDefaults>(
+        std::make_shared<UserDefaultsNative>(configFolder() / (native(Bundle::mainBundle()).fileName() + ".plist"))));
     return defaults;
 }
 

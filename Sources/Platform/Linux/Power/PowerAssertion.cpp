@@ -51,8 +51,7 @@ IOPMAssertionID unusedID() {
 
 } // namespace
 
-IOReturn createPowerAssertion(const std::string&, IOPMAssertionLevel, const std::string& name,
-                              IOPMAssertionID* id) {
+IOReturn createPowerAssertion(const std::string&, IOPMAssertionLevel, const std::string& name, IOPMAssertionID* id) {
     const auto application = native(Bundle::mainBundle()).displayName();
     auto assertion =
         std::make_unique<DisplaySleepAssertion>(QString::fromStdString(application), QString::fromStdString(name));
