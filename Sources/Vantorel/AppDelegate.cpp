@@ -8,7 +8,7 @@
 
 void AppDelegate::applicationDidFinishLaunching(const NS::Notification&) {
     Prefs::registerDefaults();
-    if (Prefs::d().stringForKey(Prefs::appLanguage)) {
+    if (Prefs::d().stringForKey(Prefs::appLanguage) || Prefs::d().objectIsForcedForKey(Prefs::appLanguage)) {
         start();
     } else {
         welcome();
@@ -17,7 +17,9 @@ void AppDelegate::applicationDidFinishLaunching(const NS::Notification&) {
 
 void AppDelegate::welcome() {
     welcomeController_ = WelcomeWindowController::create([weak = weak_from_this()] {
-        LoginItem::set(true); // unasked: an app that keeps the Mac awake is wanted after the next login too
+        if (!Prefs::d().objectIsForcedForKey(Prefs::launchAtLogin)) {
+            LoginItem::set(true); // unasked: an app that keeps the Mac awake is wanted after the next login too
+        }
         if (const auto self = weak.lock()) {
             self->start();
             self->welcomeController_ = nullptr;
@@ -27,6 +29,7 @@ void AppDelegate::welcome() {
 }
 
 void AppDelegate::start() {
+    LoginItem::applyForced();
     auto scheduleEngine = ScheduleEngine::create(sleepGuard_);
     auto statusController = StatusItemController::create(sleepGuard_);
     auto settingsController = SettingsWindowController::create(scheduleEngine);

@@ -17,4 +17,15 @@ bool set(bool enabled) {
     return true;
 }
 
+void applyForced() {
+    if (!Prefs::d().objectIsForcedForKey(Prefs::launchAtLogin)) {
+        return;
+    }
+    const bool wanted = Prefs::d().boolForKey(Prefs::launchAtLogin);
+    const bool isEnabled = NS::AppService::mainAppService().status() == NS::AppServiceStatus::Enabled;
+    if (isEnabled != wanted) { // or else each start would have a refusal to log
+        set(wanted);
+    }
+}
+
 } // namespace LoginItem

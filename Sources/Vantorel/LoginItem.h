@@ -7,4 +7,7 @@ namespace LoginItem {
 /// log. Main thread only.
 bool set(bool enabled);
 
+/// Does what an administrator decided, if one did, unless it is so already. Main thread only.
+void applyForced();
+
 } // namespace LoginItem

@@ -75,6 +75,10 @@ NS::ControlStateValue stateOf(bool on) {
     return on ? NS::ControlStateValue::On : NS::ControlStateValue::Off;
 }
 
+bool isForced(const char* key) {
+    return Prefs::d().objectIsForcedForKey(key);
+}
+
 bool isOn(const NS::Switch& control) {
     return control.state() == NS::ControlStateValue::On;
 }
@@ -205,19 +209,25 @@ void SettingsWindowController::relabel() {
 
 void SettingsWindowController::syncFromState() {
     setHintVisible(false);
-    loginSwitch_.setState(stateOf(NS::AppService::mainAppService().status() == NS::AppServiceStatus::Enabled));
+    loginSwitch_.setState(stateOf(isForced(Prefs::launchAtLogin)
+                                      ? Prefs::d().boolForKey(Prefs::launchAtLogin)
+                                      : NS::AppService::mainAppService().status() == NS::AppServiceStatus::Enabled));
     scheduleSwitch_.setState(stateOf(Prefs::d().boolForKey(Prefs::scheduleEnabled)));
     onPicker_.setDateValue(dateFromMinutes(Prefs::d().integerForKey(Prefs::scheduleOnMinutes)));
     offPicker_.setDateValue(dateFromMinutes(Prefs::d().integerForKey(Prefs::scheduleOffMinutes)));
     updateSwitch_.setState(stateOf(Prefs::d().boolForKey(Prefs::autoUpdate)));
     languagePopup_.selectItemAtIndex(L10n::current() == Language::ptBR ? portuguese : english);
+    loginSwitch_.setEnabled(!isForced(Prefs::launchAtLogin));
+    scheduleSwitch_.setEnabled(!isForced(Prefs::scheduleEnabled));
+    updateSwitch_.setEnabled(!isForced(Prefs::autoUpdate));
+    languagePopup_.setEnabled(!isForced(Prefs::appLanguage));
     updateScheduleControlsEnabled();
 }
 
 void SettingsWindowController::updateScheduleControlsEnabled() {
     const bool enabled = isOn(scheduleSwitch_);
-    onPicker_.setEnabled(enabled);
-    offPicker_.setEnabled(enabled);
+    onPicker_.setEnabled(enabled && !isForced(Prefs::scheduleOnMinutes));
+    offPicker_.setEnabled(enabled && !isForced(Prefs::scheduleOffMinutes));
     const auto color = enabled ? NS::Color::labelColor() : NS::Color::tertiaryLabelColor();
     onLabel_.setTextColor(color);
     offLabel_.setTextColor(color);
@@ -253,6 +263,10 @@ void SettingsWindowController::requireWindow() const {
 
 void SettingsWindowController::loginChanged() {
     requireWindow();
+    if (isForced(Prefs::launchAtLogin)) { // since the window was opened
+        syncFromState();
+        return;
+    }
     const bool wanted = isOn(loginSwitch_);
     const bool refused = !LoginItem::set(wanted) && wanted;
     if (refused) {

@@ -61,6 +61,7 @@ class Desktop(contextlib.AbstractContextManager):
         self.folder = pathlib.Path(self.stack.enter_context(tempfile.TemporaryDirectory(prefix="vantorel-")))
         self.config = self.folder / "config"
         self.defaults_file = self.config / f"{IDENTIFIER}.plist"
+        self.managed_file = self.folder / "system" / f"{IDENTIFIER}.managed.plist"
         self.autostart_file = self.config / "autostart" / f"{IDENTIFIER}.desktop"
         self.tray_options = tray_options
         self.refuses = refuses
@@ -72,6 +73,7 @@ class Desktop(contextlib.AbstractContextManager):
             "KORVEX_UPDATE_BASE": "http://127.0.0.1:1",  # nobody answers: tests talk to nobody else's server
             "HOME": str(self.folder),
             "XDG_CONFIG_HOME": str(self.config),
+            "XDG_CONFIG_DIRS": str(self.folder / "system"),  # where an administrator decides; not the machine's own
             "XDG_RUNTIME_DIR": str(self.folder),
             "LANG": language,
             "TMPDIR": str(self.folder),
@@ -152,7 +154,7 @@ class Desktop(contextlib.AbstractContextManager):
         self.stack.callback(self._close_display)
 
     def _start_window_manager(self):
-        self.spawn(["openbox", "--sm-disable"])
+        self.spawn(["openbox", "--sm-disable"], environment={"XDG_CONFIG_DIRS": "/etc/xdg"})
         wait_for(self._manages_windows, what="the window manager")
 
     def _manages_windows(self):
@@ -376,6 +378,13 @@ class Desktop(contextlib.AbstractContextManager):
         self.config.mkdir(parents=True, exist_ok=True)
         with open(self.defaults_file, "wb") as file:
             plistlib.dump(defaults, file)
+
+    def force(self, *settings):
+        """Decides preferences for every user, as an administrator does: `autoUpdate=false`."""
+        made = self.folder / "profile"
+        self.run(HERE.parent.parent / "Packaging/profile", made, *settings)
+        self.managed_file.parent.mkdir(exist_ok=True)
+        (made / self.managed_file.name).rename(self.managed_file)
 
     def stored(self):
         """The preferences on disk; None when there is no file."""

@@ -11,9 +11,9 @@ namespace NS {
 
 /// The user's preferences for this application (NSUserDefaults). Safe from any thread.
 ///
-/// Readers search the stored values first and the registered ones second, and coerce as NSUserDefaults does;
-/// nothing here reports an error: what cannot be read is absent, what cannot be stored yet is kept in memory
-/// and stored with the next change.
+/// Readers search what an administrator forced first, then the stored values, then the registered ones, and coerce as
+/// NSUserDefaults does; nothing here reports an error: what cannot be read is absent, what cannot be stored yet is kept
+/// in memory and stored with the next change, what is forced is not stored.
 class UserDefaults : public Object {
 public:
     static UserDefaults standardUserDefaults();
@@ -28,6 +28,9 @@ public:
     /// A text, or a number as text; absent for anything else.
     std::optional<std::string> stringForKey(const std::string& key) const;
     std::optional<Dictionary> dictionaryForKey(const std::string& key) const;
+
+    /// Whether an administrator decided the value, which then cannot be set.
+    bool objectIsForcedForKey(const std::string& key) const;
 
     void setBoolForKey(bool value, const std::string& key);
     void setIntegerForKey(std::int64_t value, const std::string& key);

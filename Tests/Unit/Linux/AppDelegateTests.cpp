@@ -7,10 +7,12 @@
 #include "Seam/Bar.h"
 #include "Seam/Clock.h"
 #include "Seam/Power.h"
+#include "Unit/Linux/Managed.h"
 #include "Updater.h"
 
 #include <QAbstractButton>
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QPushButton>
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -78,6 +80,56 @@ TEST_F(AppDelegateTest, QuittingFromTheWelcomeWindowLeavesNoLanguage) {
     launch();
     terminate();
     EXPECT_EQ(Prefs::d().stringForKey(Prefs::appLanguage), std::nullopt);
+}
+
+TEST_F(AppDelegateTest, WhereTheLanguageIsForcedNobodyIsWelcomed) {
+    for (const char* value : {"<string>pt-BR</string>", "<string>fr</string>", "<array/>"}) {
+        force(std::string("<key>appLanguage</key>") + value);
+        delegate = std::make_shared<AppDelegate>();
+        launch();
+        EXPECT_TRUE(windows().empty()) << value;
+    }
+    EXPECT_EQ(Seam::statusItems().size(), 1U);
+    EXPECT_EQ(NS::AppService::mainAppService().status(), NS::AppServiceStatus::NotRegistered);
+}
+
+TEST_F(AppDelegateTest, AForcedLoginItemIsSetAtTheStartWithoutAWord) {
+    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+    testing::internal::CaptureStderr();
+    for (const bool wanted : {true, true, false, false}) {
+        force(wanted ? "<key>launchAtLogin</key><true/>" : "<key>launchAtLogin</key><false/>");
+        delegate = std::make_shared<AppDelegate>();
+        launch();
+        EXPECT_EQ(NS::AppService::mainAppService().status() == NS::AppServiceStatus::Enabled, wanted);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(windows().empty());
+}
+
+TEST_F(AppDelegateTest, WhatAUserTurnsOffElsewhereStaysOffUntilTheNextStart) {
+    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+    force("<key>launchAtLogin</key><true/>");
+    launch();
+    NS::AppService::mainAppService().unregisterAndReturnError();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(NS::AppService::mainAppService().status(), NS::AppServiceStatus::NotRegistered);
+}
+
+TEST_F(AppDelegateTest, ALoginItemThatIsNotForcedIsLeftAlone) {
+    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+    Prefs::d().setBoolForKey(true, Prefs::launchAtLogin);
+    launch();
+    EXPECT_EQ(NS::AppService::mainAppService().status(), NS::AppServiceStatus::NotRegistered);
+}
+
+TEST_F(AppDelegateTest, TheFirstRunDoesNotTurnOnALoginItemThatIsForcedOff) {
+    force("<key>launchAtLogin</key><false/>");
+    launch();
+    testing::internal::CaptureStderr();
+    pressContinue();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(NS::AppService::mainAppService().status(), NS::AppServiceStatus::NotRegistered);
+    EXPECT_EQ(Seam::statusItems().size(), 1U);
 }
 
 /// Noon in UTC, the zone of the tests.

@@ -8,6 +8,7 @@
 #include "Prefs.h"
 #include "Seam/Clock.h"
 #include "Seam/Power.h"
+#include "Unit/Linux/Managed.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -18,6 +19,7 @@
 #include <QLabel>
 #include <QScreen>
 #include <QTimeEdit>
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace {
@@ -671,6 +673,76 @@ TEST_F(SettingsWindowControllerDeathTest, ActingBeforeShowingIsFatal) {
                               &SettingsWindowController::languageChanged}) {
         EXPECT_DEATH(((*controller).*action)(), "before the window was shown");
     }
+}
+
+// What an administrator decided
+
+TEST_F(SettingsWindowControllerTest, AForcedControlShowsItsValueAndCannotBeWorked) {
+    force("<key>launchAtLogin</key><true/><key>scheduleEnabled</key><true/><key>scheduleOnMinutes</key>"
+          "<integer>420</integer><key>scheduleOffMinutes</key><integer>1020</integer><key>autoUpdate</key><false/>"
+          "<key>appLanguage</key><string>pt-BR</string>");
+    const auto pieces = show();
+    EXPECT_EQ(pieces.loginSwitch.state(), NS::ControlStateValue::On) << "whatever the system has";
+    EXPECT_EQ(pieces.scheduleSwitch.state(), NS::ControlStateValue::On);
+    EXPECT_EQ(pieces.timeOf(pieces.onPicker), "07:00");
+    EXPECT_EQ(pieces.timeOf(pieces.offPicker), "17:00");
+    EXPECT_EQ(pieces.updateSwitch.state(), NS::ControlStateValue::Off);
+    EXPECT_EQ(pieces.languagePopup.indexOfSelectedItem(), 0);
+    EXPECT_EQ(pieces.captions(), portugueseCaptions);
+    const std::vector<NS::Control> controls = {pieces.loginSwitch, pieces.scheduleSwitch, pieces.onPicker,
+                                               pieces.offPicker,   pieces.updateSwitch,   pieces.languagePopup};
+    for (const auto& control : controls) {
+        EXPECT_FALSE(control.isEnabled());
+    }
+    for (const auto& control : {pieces.loginSwitch, pieces.scheduleSwitch, pieces.updateSwitch}) {
+        click(control);
+    }
+    EXPECT_EQ(loginStatus(), NS::AppServiceStatus::NotRegistered);
+    EXPECT_EQ(pieces.scheduleSwitch.state(), NS::ControlStateValue::On);
+}
+
+TEST_F(SettingsWindowControllerTest, WhatIsNotForcedCanBeWorked) {
+    force("<key>scheduleEnabled</key><true/><key>scheduleOffMinutes</key><integer>1020</integer>");
+    const auto pieces = show();
+    EXPECT_TRUE(pieces.loginSwitch.isEnabled());
+    EXPECT_FALSE(pieces.scheduleSwitch.isEnabled());
+    EXPECT_TRUE(pieces.onPicker.isEnabled());
+    EXPECT_FALSE(pieces.offPicker.isEnabled());
+    EXPECT_TRUE(pieces.updateSwitch.isEnabled());
+    EXPECT_TRUE(pieces.languagePopup.isEnabled());
+    type(pieces.onPicker, "0700");
+    EXPECT_EQ(stored(), (Minutes{420, 1020}));
+    std::filesystem::remove(managedFile());
+    EXPECT_EQ(stored(), (Minutes{420, 1080})) << "the forced time was not stored";
+}
+
+TEST_F(SettingsWindowControllerTest, TimesOfAScheduleThatIsForcedOffCannotBeWorked) {
+    force("<key>scheduleEnabled</key><false/>");
+    const auto pieces = show();
+    EXPECT_FALSE(pieces.onPicker.isEnabled() || pieces.offPicker.isEnabled());
+}
+
+TEST_F(SettingsWindowControllerTest, ReopeningShowsWhatIsForcedByThenOrNoLonger) {
+    Prefs::d().setBoolForKey(false, Prefs::autoUpdate);
+    const auto pieces = show();
+    force("<key>autoUpdate</key><true/>");
+    show();
+    EXPECT_EQ(pieces.updateSwitch.state(), NS::ControlStateValue::On);
+    EXPECT_FALSE(pieces.updateSwitch.isEnabled());
+    std::filesystem::remove(managedFile());
+    show();
+    EXPECT_EQ(pieces.updateSwitch.state(), NS::ControlStateValue::Off);
+    EXPECT_TRUE(pieces.updateSwitch.isEnabled());
+}
+
+TEST_F(SettingsWindowControllerTest, ALoginItemForcedWhileTheWindowIsOpenIsNotChanged) {
+    const auto pieces = show();
+    force("<key>launchAtLogin</key><false/>");
+    click(pieces.loginSwitch);
+    EXPECT_EQ(loginStatus(), NS::AppServiceStatus::NotRegistered);
+    EXPECT_EQ(pieces.loginSwitch.state(), NS::ControlStateValue::Off);
+    EXPECT_FALSE(pieces.loginSwitch.isEnabled());
+    EXPECT_FALSE(pieces.hintIsShown());
 }
 
 } // namespace

@@ -14,6 +14,7 @@ public:
         const QByteArray home = home_.path().toLocal8Bit();
         qputenv("HOME", home);
         qputenv("XDG_CONFIG_HOME", home + "/config");
+        qputenv("XDG_CONFIG_DIRS", home + "/system");
         qputenv("QT_QPA_PLATFORM", "offscreen");
         qputenv("LANG", "en_GB.UTF-8");
         qputenv("KORVEX_UPDATE_BASE", "http://127.0.0.1:1"); // nobody answers: tests talk to nobody else's server

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <pwd.h>
+#include <sstream>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
@@ -38,6 +39,18 @@ std::filesystem::path userFolder(const char* variable, const char* nameAtHome) {
 
 std::filesystem::path configFolder() {
     return userFolder("XDG_CONFIG_HOME", ".config");
+}
+
+std::vector<std::filesystem::path> systemConfigFolders() {
+    const char* variable = std::getenv("XDG_CONFIG_DIRS");
+    std::istringstream list(variable && *variable ? variable : "/etc/xdg");
+    std::vector<std::filesystem::path> folders;
+    for (std::string folder; std::getline(list, folder, ':');) {
+        if (folder.starts_with('/')) { // a relative path there counts for nothing
+            folders.emplace_back(folder);
+        }
+    }
+    return folders;
 }
 
 std::filesystem::path cacheFolder() {

@@ -6,6 +6,7 @@
 #include <sys/types.h>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace Linux {
 
@@ -14,6 +15,9 @@ inline constexpr std::size_t largestFile = std::size_t{1} << 20;
 
 /// The folder of the user's settings, from the environment at each call.
 std::filesystem::path configFolder();
+/// The folders of the administrator's settings, the most important first, from the environment at each call.
+/// https://specifications.freedesktop.org/basedir-spec/latest/
+std::vector<std::filesystem::path> systemConfigFolders();
 /// The folder of what the user can lose.
 std::filesystem::path cacheFolder();
 

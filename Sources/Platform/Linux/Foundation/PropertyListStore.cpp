@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/Foundation/Files.h"
 
+#include <QLoggingCategory>
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -10,6 +11,9 @@
 namespace Linux {
 
 namespace {
+
+/// Off unless asked for: QT_LOGGING_RULES="vantorel.preferences.info=true".
+Q_LOGGING_CATEGORY(preferences, "vantorel.preferences", QtWarningMsg)
 
 std::int64_t nanoseconds(const timespec& time) {
     return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
@@ -110,6 +114,9 @@ PropertyListStore::Stored PropertyListStore::load() const {
         result.dictionary.reset(plist_new_dict());
         const bool isAbsent = error == std::errc::no_such_file_or_directory;
         const bool isDamaged = !error || isFaultOfFile(error);
+        if (isDamaged) {
+            qCInfo(preferences) << file_.c_str() << "holds no property list that can be read, and counts as empty";
+        }
         result.condition = isAbsent ? Condition::Good : isDamaged ? Condition::Damaged : Condition::Unknown;
     }
     return result;

@@ -70,9 +70,25 @@ std::string textOfReal(double real) {
     return {text, end};
 }
 
+std::optional<PropertyListValue> firstIn(std::list<PropertyListStore>& stores, const std::string& key) {
+    for (auto& store : stores) {
+        if (auto value = store.value(key)) {
+            return value;
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
-UserDefaultsNative::UserDefaultsNative(const std::filesystem::path& file) : store_(file) {}
+UserDefaultsNative::UserDefaultsNative(const std::filesystem::path& file,
+                                       const std::vector<std::filesystem::path>& folders)
+    : store_(file) {
+    for (const auto& folder : folders) {
+        forced_.emplace_back(folder / (file.stem().string() + ".managed.plist"));
+        preset_.emplace_back(folder / file.filename());
+    }
+}
 
 void UserDefaultsNative::registerDefaults(const Dictionary& defaults) {
     const std::lock_guard guard(mutex_);
@@ -82,15 +98,29 @@ void UserDefaultsNative::registerDefaults(const Dictionary& defaults) {
 }
 
 PropertyListValue UserDefaultsNative::value(const std::string& key) {
-    if (auto stored = store_.value(key)) {
-        return *std::move(stored);
+    auto found = firstIn(forced_, key);
+    if (!found) {
+        found = store_.value(key);
+    }
+    if (!found) {
+        found = firstIn(preset_, key);
+    }
+    if (found) {
+        return *std::move(found);
     }
     const std::lock_guard guard(mutex_);
     const auto entry = registered_.find(key);
     return entry == registered_.end() ? PropertyListValue() : entry->second;
 }
 
+bool UserDefaultsNative::isForced(const std::string& key) {
+    return firstIn(forced_, key).has_value();
+}
+
 void UserDefaultsNative::setValue(const std::optional<PropertyListValue>& value, const std::string& key) {
+    if (isForced(key)) {
+        return;
+    }
     store_.setValue(value, key);
     scheduleWrite();
 }
@@ -118,8 +148,8 @@ using namespace Linux;
 
 UserDefaults UserDefaults::standardUserDefaults() {
     // Never destroyed: threads may still ask while the process ends.
-    static const auto& defaults = *new UserDefaults(handle<UserDefaults>(
-        std::make_shared<UserDefaultsNative>(configFolder() / (native(Bundle::mainBundle()).fileName() + ".plist"))));
+    static const auto& defaults = *new UserDefaults(handle<UserDefaults>(std::make_shared<UserDefaultsNative>(
+        configFolder() / (native(Bundle::mainBundle()).fileName() + ".plist"), systemConfigFolders())));
     return defaults;
 }
 
@@ -174,6 +204,10 @@ std::optional<Dictionary> UserDefaults::dictionaryForKey(const std::string& key)
     const PropertyListValue value = native(*this).value(key);
     const auto* dictionary = value.dictionary();
     return dictionary ? std::optional(*dictionary) : std::nullopt;
+}
+
+bool UserDefaults::objectIsForcedForKey(const std::string& key) const {
+    return native(*this).isForced(key);
 }
 
 void UserDefaults::setBoolForKey(bool value, const std::string& key) {

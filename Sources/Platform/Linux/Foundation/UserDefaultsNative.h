@@ -5,20 +5,28 @@
 #include "Platform/Linux/Native.h"
 
 #include <filesystem>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Linux {
 
 struct UserDefaultsNative : Native, std::enable_shared_from_this<UserDefaultsNative> {
-    explicit UserDefaultsNative(const std::filesystem::path& file);
+    /// `folders`: where an administrator's files are looked for, the most important first. Values are searched in each
+    /// folder's NAME.managed.plist, which nothing overrides, then in the user's `file`, then in each folder's
+    /// NAME.plist.
+    explicit UserDefaultsNative(const std::filesystem::path& file,
+                                const std::vector<std::filesystem::path>& folders = {});
 
     void registerDefaults(const Dictionary& defaults);
     /// The stored value, or else the registered one, or else one that reads as nothing.
     PropertyListValue value(const std::string& key);
-    /// Sees to it that the change is on the disk once the event loop has come round.
+    /// Whether an administrator decided it.
+    bool isForced(const std::string& key);
+    /// Sees to it that the change is on the disk once the event loop has come round. What is forced stays as it is.
     void setValue(const std::optional<PropertyListValue>& value, const std::string& key);
     bool write();
 
@@ -26,6 +34,8 @@ private:
     void scheduleWrite();
 
     PropertyListStore store_;
+    std::list<PropertyListStore> forced_; // these and the next are only ever read
+    std::list<PropertyListStore> preset_;
     std::mutex mutex_; // guards what follows
     Dictionary registered_;
 };

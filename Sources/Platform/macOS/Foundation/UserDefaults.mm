@@ -29,6 +29,10 @@ std::optional<Dictionary> UserDefaults::dictionaryForKey(const std::string& key)
     return dictionary ? std::optional(toDictionary(dictionary)) : std::nullopt;
 }
 
+bool UserDefaults::objectIsForcedForKey(const std::string& key) const {
+    return [object<NSUserDefaults>(*this) objectIsForcedForKey:toNSString(key)];
+}
+
 void UserDefaults::setBoolForKey(bool value, const std::string& key) {
     [object<NSUserDefaults>(*this) setBool:value forKey:toNSString(key)];
 }

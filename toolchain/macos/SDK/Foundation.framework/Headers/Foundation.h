@@ -299,6 +299,7 @@ void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
 - (NSInteger)integerForKey:(NSString*)key;
 - (nullable NSString*)stringForKey:(NSString*)key;
 - (nullable NSDictionary<NSString*, id>*)dictionaryForKey:(NSString*)key;
+- (BOOL)objectIsForcedForKey:(NSString*)key;
 - (void)setBool:(BOOL)value forKey:(NSString*)key;
 - (void)setInteger:(NSInteger)value forKey:(NSString*)key;
 - (void)setObject:(nullable id)value forKey:(NSString*)key;
