@@ -5,7 +5,7 @@ import subprocess
 import unittest
 
 from desktop import APP, Desktop, wait_for
-from settings_window import LANGUAGE, LOGIN, LOGIN_HINT, PORTUGUESE_CONTROLS, REFUSED, Settings
+from settings_window import EVERYTHING_FORCED, LANGUAGE, LOGIN, LOGIN_HINT, PORTUGUESE_CONTROLS, REFUSED, Settings
 
 PICTURES = pathlib.Path(__file__).resolve().parent.parent / "Data/pictures"
 
@@ -63,6 +63,23 @@ class Pictures(WithPictures):
         self.take("settings-en-light")
         self.keys("Tab")
         self.expect_picture("settings-en-focus")
+
+
+class PicturesOfWhatIsForced(WithPictures):
+    def take(self, name, scheme, *settings):
+        self.open_desktop(screen="1280x1024x24")
+        self.desktop.start_portal(scheme)
+        self.desktop.force(*settings)
+        self.start()
+        self.open()
+        self.expect_picture(name)
+
+    def test_everything(self):
+        self.take("settings-en-forced", Desktop.PREFER_LIGHT, *EVERYTHING_FORCED)
+
+    def test_some_in_the_dark(self):
+        self.take("settings-pt-forced-dark", Desktop.PREFER_DARK, "appLanguage=pt-BR", "scheduleEnabled=true",
+                  "scheduleOffMinutes=1020")
 
 
 class PictureOfARefusal(WithPictures):

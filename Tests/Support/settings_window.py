@@ -13,6 +13,8 @@ LOGIN_HINT = "Move Vantorel to the Applications folder to enable this."
 REFUSED = "LoginItem: register failed: "
 STORED = {"appLanguage": "en", "autoUpdate": True, "scheduleEnabled": False, "scheduleOnMinutes": 540,
           "scheduleOffMinutes": 1080}
+EVERYTHING_FORCED = ("appLanguage=en", "launchAtLogin=true", "autoUpdate=false", "scheduleEnabled=true",
+                     "scheduleOnMinutes=420", "scheduleOffMinutes=1020")
 
 
 class Settings(unittest.TestCase):
