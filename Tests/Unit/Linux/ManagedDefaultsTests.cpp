@@ -122,9 +122,9 @@ TEST_F(ManagedDefaults, AUserMayChangeAnAdministratorsDefault) {
 
 TEST_F(ManagedDefaults, WhatIsForcedCannotBeSet) {
     write(forced(), list(number("key", 4)));
-    defaults.setIntegerForKey(5, "key");
-    defaults.setBoolForKey(true, "key");
     defaults.setObjectForKey(std::nullopt, "key");
+    defaults.setBoolForKey(true, "key");
+    defaults.setIntegerForKey(5, "key");
     EXPECT_EQ(defaults.integerForKey("key"), 4);
     EXPECT_TRUE(defaults.synchronize());
     QCoreApplication::processEvents();
