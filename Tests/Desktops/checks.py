@@ -97,9 +97,17 @@ class Checks:
     def process(self):
         return self.machine.processes("vantorel")
 
+    def has_ended(self):
+        return bool(self.machine.text(LOG)) and not self.process()
+
+    def fail_if_ended(self):
+        if self.has_ended():
+            raise Missing(f"it ended at its start: {self.machine.text(LOG).splitlines()[0]}")
+
     def welcome(self):
         self.start()
-        wait_for(lambda: WELCOME in self.desktop.windows(), "the Welcome window", 30)
+        wait_for(lambda: WELCOME in self.desktop.windows() or self.has_ended(), "the Welcome window", 30)
+        self.fail_if_ended()
         self.desktop.settle()
         self.keep("welcome")
 
@@ -115,6 +123,8 @@ class Checks:
         self.end()
         self.machine.write_as_user(PREFERENCES, plistlib.dumps({"appLanguage": "en", "autoUpdate": False, **preferences}))
         self.start()
+        time.sleep(3)
+        self.fail_if_ended()
         wait_for(self.process, "the program")
 
     def first_run(self):
@@ -316,8 +326,10 @@ class Checks:
         time.sleep(2)
 
     def idle_while_on(self):
-        if not self.came or not (self.cup or not self.desktop.has_tray):
+        if not self.came:
             return self.say("idle on", NONE, "nothing came while off")
+        if self.desktop.has_tray and not self.cup:
+            return self.say("idle on", NO, "no cup to switch on")
         self.turn_on()
         self.note_granted()
         seconds = max(self.came.values()) * 5 // 4 + 15
@@ -373,6 +385,8 @@ class Checks:
 
     def killed(self):
         """And idleness comes again, which is all that can be seen of what no service lists."""
+        if not self.process():
+            raise Missing("a program to kill")
         if self.cup and not self.is_on():
             self.turn_on()
         before = self.held()

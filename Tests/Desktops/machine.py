@@ -1,5 +1,6 @@
 """One tree, booted: a real systemd with logind and a session of the user, in a container without a network."""
 
+import contextlib
 import fcntl
 import os
 import pathlib
@@ -131,7 +132,8 @@ class Machine:
         subprocess.run(["umount", "--lazy", self.tree], stderr=subprocess.DEVNULL)
         if self._group:
             for group, _, _ in os.walk(self._group, topdown=False):
-                os.rmdir(group)
+                with contextlib.suppress(OSError):  # what was entered from outside may take a moment to end
+                    os.rmdir(group)
         self._lock.close()
 
     def path(self, inside_path):
