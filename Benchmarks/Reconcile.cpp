@@ -11,7 +11,7 @@
 int main() {
     NS::Application::sharedApplication();
     Prefs::registerDefaults();
-    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
     const auto engine = ScheduleEngine::create(std::make_shared<SleepGuard>());
     engine->manualOverride = true; // the longest road: it asks for both times since the override
     engine->overrideSetAt = NS::Date::date();

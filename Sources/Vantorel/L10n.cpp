@@ -116,7 +116,7 @@ Language current() {
 }
 
 void setCurrent(Language language) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue(rawValue(language)), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue(rawValue(language)), Prefs::appLanguage);
     NS::NotificationCenter::defaultCenter().postNotificationName(languageDidChange());
 }
 

@@ -13,7 +13,7 @@ bool set(bool enabled) {
                 " failed: " + error->localizedDescription);
         return false;
     }
-    Prefs::d().setBoolForKey(enabled, Prefs::launchAtLogin);
+    Prefs::d().setBool(enabled, Prefs::launchAtLogin);
     return true;
 }
 

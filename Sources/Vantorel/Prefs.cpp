@@ -43,7 +43,7 @@ void noteUpdateAttempt(const std::string& version) {
     if (count == std::numeric_limits<std::int64_t>::max()) {
         fatalError("the count of update attempts overflows");
     }
-    d().setObjectForKey(NS::Dictionary{{version, count + 1}}, updateAttemptsByVersion);
+    d().setObject(NS::Dictionary{{version, count + 1}}, updateAttemptsByVersion);
 }
 
 } // namespace Prefs

@@ -39,9 +39,9 @@ void ScheduleEngine::observe() {
         });
         observers_.emplace_back(std::move(centre), std::move(observer));
     };
-    reconcileOn(NS::Workspace::sharedWorkspace().notificationCenter(), NS::WorkspaceDidWakeNotification());
-    reconcileOn(NS::NotificationCenter::defaultCenter(), NS::SystemClockDidChangeNotification());
-    reconcileOn(NS::NotificationCenter::defaultCenter(), NS::SystemTimeZoneDidChangeNotification());
+    reconcileOn(NS::Workspace::sharedWorkspace().notificationCenter(), NS::NotificationName::WorkspaceDidWake());
+    reconcileOn(NS::NotificationCenter::defaultCenter(), NS::NotificationName::SystemClockDidChange());
+    reconcileOn(NS::NotificationCenter::defaultCenter(), NS::NotificationName::SystemTimeZoneDidChange());
 }
 
 // The timers are left alone: they hold the engine weakly.
@@ -113,19 +113,20 @@ NS::Timer ScheduleEngine::armTimer(std::int64_t minutes, std::function<void()> f
     if (!date) {
         return {};
     }
-    auto timer = NS::Timer::timerWithFireDate(*date, /*interval=*/0, /*repeats=*/false,
-                                              [fire = std::move(fire), weak = weak_from_this()] {
-                                                  fire();
-                                                  if (const auto self = weak.lock()) {
-                                                      self->reconcile();
-                                                  }
-                                              });
+    auto timer = NS::Timer::initWithFireDate(*date, /*interval=*/0, /*repeats=*/false,
+                                             [fire = std::move(fire), weak = weak_from_this()] {
+                                                 fire();
+                                                 if (const auto self = weak.lock()) {
+                                                     self->reconcile();
+                                                 }
+                                             });
     timer.setTolerance(timerTolerance);
-    NS::RunLoop::mainRunLoop().addTimerForCommonModes(timer);
+    NS::RunLoop::mainRunLoop().addTimer(timer, NS::RunLoopMode::Common);
     return timer;
 }
 
 std::int64_t ScheduleEngine::minutesNow() {
-    const auto now = NS::Calendar::currentCalendar().hourAndMinuteOfDate(NS::Date::date());
-    return now.hour.value_or(0) * 60 + now.minute.value_or(0);
+    const auto now = NS::Date::date();
+    const auto calendar = NS::Calendar::currentCalendar();
+    return calendar.component(NS::CalendarUnit::Hour, now) * 60 + calendar.component(NS::CalendarUnit::Minute, now);
 }

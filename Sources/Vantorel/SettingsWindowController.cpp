@@ -115,8 +115,9 @@ void SettingsWindowController::show() {
 }
 
 void SettingsWindowController::buildWindow() {
-    NS::Window window({{0, 0}, {360, 240}}, NS::WindowStyleMask::Titled | NS::WindowStyleMask::Closable,
-                      NS::BackingStore::Buffered, /*defer=*/false);
+    auto window = NS::Window::initWithContentRect({{0, 0}, {360, 240}},
+                                                  NS::WindowStyleMask::Titled | NS::WindowStyleMask::Closable,
+                                                  NS::BackingStoreType::Buffered, /*defer=*/false);
     window.setReleasedWhenClosed(false);
 
     makeControls();
@@ -251,8 +252,8 @@ NS::Date SettingsWindowController::dateFromMinutes(std::int64_t minutes) {
 }
 
 std::int64_t SettingsWindowController::minutesFromDate(const NS::Date& date) {
-    const auto time = NS::Calendar::currentCalendar().hourAndMinuteOfDate(date);
-    return time.hour.value_or(0) * 60 + time.minute.value_or(0);
+    const auto calendar = NS::Calendar::currentCalendar();
+    return calendar.component(NS::CalendarUnit::Hour, date) * 60 + calendar.component(NS::CalendarUnit::Minute, date);
 }
 
 void SettingsWindowController::requireWindow() const {
@@ -277,7 +278,7 @@ void SettingsWindowController::loginChanged() {
 
 void SettingsWindowController::scheduleChanged() {
     requireWindow();
-    Prefs::d().setBoolForKey(isOn(scheduleSwitch_), Prefs::scheduleEnabled);
+    Prefs::d().setBool(isOn(scheduleSwitch_), Prefs::scheduleEnabled);
     updateScheduleControlsEnabled();
     scheduleEngine_->manualOverride = false;
     scheduleEngine_->reconcile();
@@ -286,8 +287,8 @@ void SettingsWindowController::scheduleChanged() {
 // Of either picker, and both are stored.
 void SettingsWindowController::timesChanged() {
     requireWindow();
-    Prefs::d().setIntegerForKey(minutesFromDate(onPicker_.dateValue()), Prefs::scheduleOnMinutes);
-    Prefs::d().setIntegerForKey(minutesFromDate(offPicker_.dateValue()), Prefs::scheduleOffMinutes);
+    Prefs::d().setInteger(minutesFromDate(onPicker_.dateValue()), Prefs::scheduleOnMinutes);
+    Prefs::d().setInteger(minutesFromDate(offPicker_.dateValue()), Prefs::scheduleOffMinutes);
     scheduleEngine_->manualOverride = false;
     scheduleEngine_->reconcile();
 }
@@ -295,9 +296,9 @@ void SettingsWindowController::timesChanged() {
 // The check blocks, so it is not done here.
 void SettingsWindowController::autoUpdateChanged() {
     requireWindow();
-    Prefs::d().setBoolForKey(isOn(updateSwitch_), Prefs::autoUpdate);
+    Prefs::d().setBool(isOn(updateSwitch_), Prefs::autoUpdate);
     if (Prefs::d().boolForKey(Prefs::autoUpdate)) {
-        NS::DispatchQueue::globalQueue().async([] { Updater::checkAndInstall(/*userInitiated=*/false); });
+        NS::DispatchQueue::global().async([] { Updater::checkAndInstall(/*userInitiated=*/false); });
     }
 }
 

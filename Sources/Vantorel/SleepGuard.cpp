@@ -13,7 +13,7 @@ void SleepGuard::activate() {
         return;
     }
     NS::IOPMAssertionID id = 0;
-    if (NS::IOPMAssertionCreateWithName(assertionType, NS::kIOPMAssertionLevelOn, reason, &id) != 0) {
+    if (NS::IOPMAssertionCreateWithName(assertionType, NS::IOPMAssertionLevel::On, reason, &id) != 0) {
         return;
     }
     assertionID_ = id;

@@ -22,7 +22,7 @@ NS::Image cupImage(bool filled, const NS::Color& color) {
 
 NS::AffineTransform gridToRect(const NS::Rect& rect, double scale) {
     auto transform = NS::AffineTransform::transform();
-    transform.translateXByYBy(rect.origin.x, rect.origin.y);
+    transform.translateXBy(rect.origin.x, rect.origin.y);
     transform.scaleBy(scale);
     return transform;
 }

@@ -13,7 +13,7 @@ std::shared_ptr<StatusItemController> StatusItemController::create(std::shared_p
 }
 
 StatusItemController::StatusItemController(std::shared_ptr<SleepGuard> sleepGuard)
-    : statusItem_(NS::StatusBar::systemStatusBar().statusItemWithLength(NS::squareStatusItemLength)),
+    : statusItem_(NS::StatusBar::systemStatusBar().statusItemWithLength(NS::StatusItemLength::Square)),
       sleepGuard_(std::move(sleepGuard)) {}
 
 void StatusItemController::connect() {
@@ -70,17 +70,19 @@ NS::Menu StatusItemController::buildMenu() {
         };
     };
 
-    NS::MenuItem stateLine(L10n::t(active ? "menu.statusOn" : "menu.statusOff"), nullptr, "");
+    auto stateLine = NS::MenuItem::initWithTitle(L10n::t(active ? "menu.statusOn" : "menu.statusOff"), nullptr, "");
     stateLine.setEnabled(false);
 
-    auto menu = NS::Menu::menu();
+    auto menu = NS::Menu::initWithTitle("");
     menu.addItem(stateLine);
     menu.addItem(NS::MenuItem::separatorItem());
-    menu.addItem(NS::MenuItem(L10n::t(active ? "menu.turnOff" : "menu.turnOn"),
-                              calling(&StatusItemController::toggleFromMenu), ""));
-    menu.addItem(NS::MenuItem(L10n::t("menu.settings"), calling(&StatusItemController::openSettings), ","));
+    menu.addItem(NS::MenuItem::initWithTitle(L10n::t(active ? "menu.turnOff" : "menu.turnOn"),
+                                             calling(&StatusItemController::toggleFromMenu), ""));
+    menu.addItem(
+        NS::MenuItem::initWithTitle(L10n::t("menu.settings"), calling(&StatusItemController::openSettings), ","));
     menu.addItem(NS::MenuItem::separatorItem());
-    menu.addItem(NS::MenuItem(L10n::t("menu.quit"), [] { NS::Application::sharedApplication().terminate(); }, "q"));
+    menu.addItem(NS::MenuItem::initWithTitle(
+        L10n::t("menu.quit"), [] { NS::Application::sharedApplication().terminate(); }, "q"));
     return menu;
 }
 

@@ -201,12 +201,12 @@ void Updater::start() {
     if (checkTimer_) {
         checkTimer_.invalidate();
     }
-    const auto check = [] { NS::DispatchQueue::globalQueue().async([] { checkAndInstall(false); }); };
-    checkTimer_ = NS::Timer::timerWithFireDate(NS::Date::date().dateByAddingTimeInterval(checkInterval), checkInterval,
-                                               /*repeats=*/true, check);
+    const auto check = [] { NS::DispatchQueue::global().async([] { checkAndInstall(false); }); };
+    checkTimer_ = NS::Timer::initWithFireDate(NS::Date::date().dateByAddingTimeInterval(checkInterval), checkInterval,
+                                              /*repeats=*/true, check);
     checkTimer_.setTolerance(checkTolerance);
-    NS::RunLoop::mainRunLoop().addTimerForCommonModes(checkTimer_);
-    NS::DispatchQueue::mainQueue().asyncAfter(firstCheckDelay, check);
+    NS::RunLoop::mainRunLoop().addTimer(checkTimer_, NS::RunLoopMode::Common);
+    NS::DispatchQueue::main().asyncAfter(firstCheckDelay, check);
 }
 
 bool Updater::checkAndInstall(bool userInitiated) {
@@ -334,8 +334,7 @@ NS::URL Updater::download(const Release& release) {
 /// A copy of the application in the image, in a folder of its own that the caller then owns; absent unless it is this
 /// application in the version promised. The image is mounted meanwhile.
 NS::URL Updater::mountAndStage(const NS::URL& dmg, const Release& expecting) {
-    const auto mountPoint =
-        temporaryURL(std::string(Product::name) + "-mount-" + NS::UUID::UUIDWithRandomBytes().UUIDString());
+    const auto mountPoint = temporaryURL(std::string(Product::name) + "-mount-" + NS::UUID::init().UUIDString());
     if (!run("/usr/bin/hdiutil", {"attach", dmg.path(), "-nobrowse", "-readonly", "-mountpoint", mountPoint.path()})) {
         return {};
     }
@@ -362,7 +361,7 @@ NS::URL Updater::stage(const NS::URL& mounted, const Release& expecting) {
 /// Hands over to the helper script and asks the application to quit, but not before the helper has shown that it runs.
 bool Updater::swap(const NS::URL& staged, const NS::URL& target, const std::string& version) {
     const auto nameOf = [](const char* extension) {
-        return std::string(Product::name) + "-update-" + NS::UUID::UUIDWithRandomBytes().UUIDString() + extension;
+        return std::string(Product::name) + "-update-" + NS::UUID::init().UUIDString() + extension;
     };
     const auto script = temporaryURL(nameOf(".sh"));
     const auto marker = temporaryURL(nameOf(".started"));
@@ -370,8 +369,8 @@ bool Updater::swap(const NS::URL& staged, const NS::URL& target, const std::stri
     if (!NS::writeToURL(std::string(helperScript), script)) {
         return false;
     }
-    fileManager.setPosixPermissions(scriptPermissions, script.path());
-    auto helper = NS::Task::task();
+    fileManager.setAttributes({.posixPermissions = scriptPermissions}, script.path());
+    auto helper = NS::Task::init();
     helper.setExecutableURL(NS::URL::fileURLWithPath("/bin/sh"));
     helper.setArguments({script.path(), target.path(), staged.path(),
                          std::to_string(NS::ProcessInfo::processInfo().processIdentifier()), marker.path()});
@@ -385,12 +384,12 @@ bool Updater::swap(const NS::URL& staged, const NS::URL& target, const std::stri
         return false;
     }
     Prefs::noteUpdateAttempt(version);
-    NS::DispatchQueue::mainQueue().async([] { NS::Application::sharedApplication().terminate(); });
+    NS::DispatchQueue::main().async([] { NS::Application::sharedApplication().terminate(); });
     return true;
 }
 
 bool Updater::run(const std::string& path, const std::vector<std::string>& arguments) {
-    auto tool = NS::Task::task();
+    auto tool = NS::Task::init();
     tool.setExecutableURL(NS::URL::fileURLWithPath(path));
     tool.setArguments(arguments);
     tool.setStandardOutput(NS::FileHandle::fileHandleWithNullDevice());

@@ -25,7 +25,7 @@ NS::ImageView cupView() {
 
 NS::TextField titleLabel(const std::string& text) {
     auto label = NS::TextField::labelWithString(text);
-    label.setFont(NS::Font::systemFontOfSizeWeight(20, NS::FontWeight::Semibold));
+    label.setFont(NS::Font::systemFontOfSize(20, NS::FontWeight::Semibold));
     label.setAlignment(NS::TextAlignment::Center);
     return label;
 }
@@ -55,7 +55,8 @@ WelcomeWindowController::WelcomeWindowController(std::function<void()> onComplet
     : onComplete_(std::move(onComplete)) {}
 
 void WelcomeWindowController::show() {
-    NS::Window window({{0, 0}, {340, 320}}, NS::WindowStyleMask::Titled, NS::BackingStore::Buffered, /*defer=*/false);
+    auto window = NS::Window::initWithContentRect({{0, 0}, {340, 320}}, NS::WindowStyleMask::Titled,
+                                                  NS::BackingStoreType::Buffered, /*defer=*/false);
     window.setReleasedWhenClosed(false);
     window.setTitleVisibility(NS::WindowTitleVisibility::Hidden);
     window.setTitlebarAppearsTransparent(true);
@@ -82,10 +83,10 @@ NS::StackView WelcomeWindowController::content(Language language) {
     stack.setOrientation(NS::UserInterfaceLayoutOrientation::Vertical);
     stack.setAlignment(NS::LayoutAttribute::CenterX);
     stack.setSpacing(14);
-    stack.setCustomSpacingAfterView(8, title);
-    stack.setCustomSpacingAfterView(26, hint);
-    stack.setCustomSpacingAfterView(16, subtitle);
-    stack.setCustomSpacingAfterView(24, radios);
+    stack.setCustomSpacing(8, title);
+    stack.setCustomSpacing(26, hint);
+    stack.setCustomSpacing(16, subtitle);
+    stack.setCustomSpacing(24, radios);
     stack.setEdgeInsets({.top = 28, .left = 32, .bottom = 28, .right = 32});
     stack.setTranslatesAutoresizingMaskIntoConstraints(false);
 
@@ -129,9 +130,9 @@ NS::Button WelcomeWindowController::continueButton(Language language) {
 // absence matters: a stored language says that the first run is completed.
 std::string WelcomeWindowController::welcomeBilingual(const char* key, Language language) {
     const auto stored = Prefs::d().stringForKey(Prefs::appLanguage);
-    Prefs::d().setObjectForKey(NS::PropertyListValue(rawValue(language)), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue(rawValue(language)), Prefs::appLanguage);
     std::string text = L10n::t(key);
-    Prefs::d().setObjectForKey(stored, Prefs::appLanguage);
+    Prefs::d().setObject(stored, Prefs::appLanguage);
     return text;
 }
 

@@ -40,8 +40,8 @@ void print(const std::optional<NS::Date>& date) {
 void answer(const NS::Calendar& calendar, const std::string& question) {
     const auto date = NS::Date::dateWithTimeIntervalSince1970(read<double>());
     if (question == "time") {
-        const auto time = calendar.hourAndMinuteOfDate(date);
-        std::printf("%ld:%ld\n", time.hour.value(), time.minute.value());
+        std::printf("%ld:%ld\n", calendar.component(NS::CalendarUnit::Hour, date),
+                    calendar.component(NS::CalendarUnit::Minute, date));
         return;
     }
     const long hour = read<long>();

@@ -14,7 +14,7 @@ namespace {
 
 bool check() {
     std::promise<bool> installed;
-    NS::DispatchQueue::globalQueue().async(
+    NS::DispatchQueue::global().async(
         [&installed] { installed.set_value(Updater::checkAndInstall(/*userInitiated=*/false)); });
     return installed.get_future().get();
 }

@@ -85,15 +85,16 @@ std::vector<NS::Date> scheduledTimers() {
 }
 
 void announceWake() {
-    NS::Workspace::sharedWorkspace().notificationCenter().postNotificationName(NS::WorkspaceDidWakeNotification());
+    NS::Workspace::sharedWorkspace().notificationCenter().postNotificationName(
+        NS::NotificationName::WorkspaceDidWake());
 }
 
 void announceClockChange() {
-    NS::NotificationCenter::defaultCenter().postNotificationName(NS::SystemClockDidChangeNotification());
+    NS::NotificationCenter::defaultCenter().postNotificationName(NS::NotificationName::SystemClockDidChange());
 }
 
 void announceTimeZoneChange() {
-    NS::NotificationCenter::defaultCenter().postNotificationName(NS::SystemTimeZoneDidChangeNotification());
+    NS::NotificationCenter::defaultCenter().postNotificationName(NS::NotificationName::SystemTimeZoneDidChange());
 }
 
 } // namespace Seam

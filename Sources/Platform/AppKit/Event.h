@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Foundation/Flags.h"
+
 namespace NS {
 
 enum class EventType : unsigned long { LeftMouseDown = 1, LeftMouseUp = 2, RightMouseDown = 3, RightMouseUp = 4 };
@@ -15,17 +17,10 @@ enum class EventModifierFlags : unsigned long {
     Command = 1UL << 20,
 };
 
-constexpr EventMask operator|(EventMask a, EventMask b) {
-    return static_cast<EventMask>(static_cast<unsigned long long>(a) | static_cast<unsigned long long>(b));
-}
-
-constexpr EventModifierFlags operator|(EventModifierFlags a, EventModifierFlags b) {
-    return static_cast<EventModifierFlags>(static_cast<unsigned long>(a) | static_cast<unsigned long>(b));
-}
-
-constexpr bool contains(EventModifierFlags flags, EventModifierFlags flag) {
-    return (static_cast<unsigned long>(flags) & static_cast<unsigned long>(flag)) != 0;
-}
+template <>
+inline constexpr bool isFlags<EventMask> = true;
+template <>
+inline constexpr bool isFlags<EventModifierFlags> = true;
 
 /// What the user just did (NSEvent), as far as the program looks at it. Event types that are not listed above
 /// keep AppKit's number.

@@ -11,7 +11,7 @@ enum class FontWeight { Regular, Semibold };
 class Font : public Object {
 public:
     static Font systemFontOfSize(double size);
-    static Font systemFontOfSizeWeight(double size, FontWeight weight);
+    static Font systemFontOfSize(double size, FontWeight weight);
     static double smallSystemFontSize();
 
     double pointSize() const;

@@ -11,10 +11,10 @@ namespace NS {
 /// A line of a menu (NSMenuItem).
 class MenuItem : public Object {
 public:
-    MenuItem() = default;
     /// An empty action leaves the item without one. `keyEquivalent` is one character, pressed with Command, or "" for
     /// none.
-    MenuItem(const std::string& title, std::function<void()> action, const std::string& keyEquivalent);
+    static MenuItem initWithTitle(const std::string& title, std::function<void()> action,
+                                  const std::string& keyEquivalent);
     static MenuItem separatorItem();
 
     bool isSeparatorItem() const;
@@ -31,7 +31,8 @@ public:
 /// A menu (NSMenu).
 class Menu : public Object {
 public:
-    static Menu menu(); // a new, empty one
+    /// An empty one. The title shows in a menu bar only.
+    static Menu initWithTitle(const std::string& title);
 
     void addItem(const MenuItem& item);
     long numberOfItems() const;

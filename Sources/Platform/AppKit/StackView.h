@@ -23,7 +23,7 @@ public:
     LayoutAttribute alignment() const;
     void setSpacing(double spacing);
     double spacing() const;
-    void setCustomSpacingAfterView(double spacing, const View& view);
+    void setCustomSpacing(double spacing, const View& view);
     double customSpacingAfterView(const View& view) const;
     void setEdgeInsets(const EdgeInsets& insets);
     EdgeInsets edgeInsets() const;

@@ -12,8 +12,9 @@ namespace NS {
 
 enum class StatusItemBehavior : unsigned long { None = 0, RemovalAllowed = 1UL << 1, TerminationOnRemoval = 1UL << 2 };
 
-/// As wide as the bar is high.
-inline constexpr double squareStatusItemLength = -2;
+namespace StatusItemLength {
+inline constexpr double Square = -2; // as wide as the bar is high
+}
 
 /// The face of a status item (NSStatusBarButton).
 class StatusBarButton : public Object {

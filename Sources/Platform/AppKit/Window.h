@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/AppKit/View.h"
+#include "Platform/Foundation/Flags.h"
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Foundation/Object.h"
 
@@ -9,18 +10,17 @@
 namespace NS {
 
 enum class WindowStyleMask : unsigned long { Titled = 1UL << 0, Closable = 1UL << 1 };
-enum class BackingStore : unsigned long { Buffered = 2 };
+enum class BackingStoreType : unsigned long { Buffered = 2 };
 enum class WindowTitleVisibility : long { Visible = 0, Hidden = 1 };
 
-constexpr WindowStyleMask operator|(WindowStyleMask a, WindowStyleMask b) {
-    return static_cast<WindowStyleMask>(static_cast<unsigned long>(a) | static_cast<unsigned long>(b));
-}
+template <>
+inline constexpr bool isFlags<WindowStyleMask> = true;
 
 /// A window (NSWindow). It lives as long as a handle to it does.
 class Window : public Object {
 public:
-    Window() = default;
-    Window(const Rect& contentRect, WindowStyleMask style, BackingStore backing, bool defer);
+    static Window initWithContentRect(const Rect& contentRect, WindowStyleMask style, BackingStoreType backing,
+                                      bool defer);
 
     WindowStyleMask styleMask() const;
 

@@ -7,8 +7,10 @@
 
 namespace NS {
 
-/// Posted on the workspace's own centre when the machine has woken from sleep.
-const std::string& WorkspaceDidWakeNotification();
+namespace NotificationName {
+/// Posted on the workspace's own center when the machine has woken from sleep.
+const std::string& WorkspaceDidWake();
+} // namespace NotificationName
 
 /// What the desktop tells its applications (NSWorkspace).
 class Workspace : public Object {

@@ -10,9 +10,9 @@ namespace NS {
 class DispatchQueue : public Object {
 public:
     /// The main thread's event loop.
-    static DispatchQueue mainQueue();
+    static DispatchQueue main();
     /// Worker threads, at default priority.
-    static DispatchQueue globalQueue();
+    static DispatchQueue global();
 
     /// Returns at once. The queue keeps the block until it has run.
     void async(std::function<void()> block) const;

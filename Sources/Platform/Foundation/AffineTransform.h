@@ -10,7 +10,7 @@ class AffineTransform : public Object {
 public:
     static AffineTransform transform(); // identity
 
-    void translateXByYBy(double x, double y);
+    void translateXBy(double x, double y);
     void scaleBy(double factor);
 
     using Object::Object;

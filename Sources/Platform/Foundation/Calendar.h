@@ -7,6 +7,8 @@
 
 namespace NS {
 
+enum class CalendarUnit : unsigned long { Hour = 1UL << 5, Minute = 1UL << 6 };
+
 /// Parts of a local date and time (NSDateComponents). What is unset stands for anything.
 struct DateComponents {
     std::optional<long> hour;
@@ -29,8 +31,8 @@ public:
     /// That time on the local day of `date`, also when it is earlier than `date`, by the same policies.
     std::optional<Date> dateBySettingHour(long hour, long minute, long second, const Date& date) const;
 
-    /// The local hour and minute of `date`.
-    DateComponents hourAndMinuteOfDate(const Date& date) const;
+    /// The local clock's hour or minute at `date`. 0 for a date beyond all calendars.
+    long component(CalendarUnit unit, const Date& date) const;
 
     using Object::Object;
 };

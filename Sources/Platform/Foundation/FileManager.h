@@ -8,6 +8,11 @@
 
 namespace NS {
 
+/// Of a file or folder (NSFileAttributeKey).
+struct FileAttributes {
+    unsigned posixPermissions = 0;
+};
+
 /// The file system (NSFileManager). An operation says whether it was carried out. Safe from any thread.
 class FileManager : public Object {
 public:
@@ -30,7 +35,7 @@ public:
     bool moveItemAtURL(const URL& source, const URL& destination) const;
     /// With intermediates, a folder that is there already is fine.
     bool createDirectoryAtURL(const URL& url, bool withIntermediateDirectories) const;
-    bool setPosixPermissions(unsigned permissions, const std::string& path) const;
+    bool setAttributes(const FileAttributes& attributes, const std::string& path) const;
 
     using Object::Object;
 };

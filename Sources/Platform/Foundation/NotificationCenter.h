@@ -11,10 +11,12 @@ struct Notification {
     std::string name;
 };
 
-/// Posted on the default centre, on the main thread, when the system's clock has been set.
-const std::string& SystemClockDidChangeNotification();
-/// Posted on the default centre, on the main thread, when the system's time zone has changed.
-const std::string& SystemTimeZoneDidChangeNotification();
+namespace NotificationName {
+/// Posted on the default center, on the main thread, when the system's clock has been set.
+const std::string& SystemClockDidChange();
+/// Posted on the default center, on the main thread, when the system's time zone has changed.
+const std::string& SystemTimeZoneDidChange();
+} // namespace NotificationName
 
 /// What `addObserverForName` gives back: the key to `removeObserver`.
 class Observer : public Object {

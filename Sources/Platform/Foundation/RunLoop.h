@@ -5,13 +5,15 @@
 
 namespace NS {
 
+/// When a timer fires: `Common` is also while a menu is open (NSRunLoopCommonModes).
+enum class RunLoopMode { Common };
+
 /// A thread's event loop (NSRunLoop). Main thread only.
 class RunLoop : public Object {
 public:
     static RunLoop mainRunLoop();
 
-    /// In the common modes: the timer fires also while a menu is open.
-    void addTimerForCommonModes(const Timer& timer);
+    void addTimer(const Timer& timer, RunLoopMode mode);
 
     using Object::Object;
 };

@@ -14,7 +14,7 @@ class Timer : public Object {
 public:
     /// Fires at `fireDate`, and when it repeats every `interval` seconds after that. The timer keeps the block: it must
     /// hold its owner weakly.
-    static Timer timerWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block);
+    static Timer initWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block);
 
     Date fireDate() const;
     double timeInterval() const; // 0 when it does not repeat

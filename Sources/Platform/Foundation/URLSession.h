@@ -12,7 +12,7 @@ enum class URLRequestCachePolicy : unsigned long { UseProtocolCachePolicy = 0, R
 
 /// What is asked of a server (NSURLRequest).
 struct URLRequest {
-    NS::URL URL;
+    URL url;
     URLRequestCachePolicy cachePolicy = URLRequestCachePolicy::UseProtocolCachePolicy;
     /// Seconds without a single byte after which the transfer fails. However long it takes as a whole, it may.
     double timeoutInterval = 60;

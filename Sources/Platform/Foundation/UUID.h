@@ -10,7 +10,7 @@ namespace NS {
 class UUID : public Object {
 public:
     /// A fresh one.
-    static UUID UUIDWithRandomBytes();
+    static UUID init();
 
     /// 36 characters, upper case.
     std::string UUIDString() const;

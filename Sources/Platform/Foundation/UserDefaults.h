@@ -32,10 +32,10 @@ public:
     /// Whether an administrator decided the value, which then cannot be set.
     bool objectIsForcedForKey(const std::string& key) const;
 
-    void setBoolForKey(bool value, const std::string& key);
-    void setIntegerForKey(std::int64_t value, const std::string& key);
+    void setBool(bool value, const std::string& key);
+    void setInteger(std::int64_t value, const std::string& key);
     /// Nothing removes the key.
-    void setObjectForKey(const std::optional<PropertyListValue>& value, const std::string& key);
+    void setObject(const std::optional<PropertyListValue>& value, const std::string& key);
 
     /// Asks that pending changes be stored now, and says whether they are.
     bool synchronize();

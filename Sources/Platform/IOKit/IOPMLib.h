@@ -9,9 +9,7 @@ namespace NS {
 /// by the system when the process ends, however it ends.
 using IOReturn = int; // 0 is success
 using IOPMAssertionID = std::uint32_t;
-using IOPMAssertionLevel = std::uint32_t;
-
-enum : IOPMAssertionLevel { kIOPMAssertionLevelOff = 0, kIOPMAssertionLevelOn = 255 };
+enum class IOPMAssertionLevel : std::uint32_t { Off = 0, On = 255 };
 
 /// Takes an assertion of `type`; `name` is the reason that the system shows. On success (0) writes the new
 /// identifier to `id`, which is never 0; otherwise leaves it alone.

@@ -36,6 +36,13 @@ private:
     static std::shared_ptr<Native> retained(id _Nullable object);
 };
 
+} // namespace NS
+
+/// This backend's own functions: whatever Apple's frameworks have no name for.
+namespace macOS {
+
+using namespace NS;
+
 /// A handle that keeps `object` alive; an absent one for nil.
 template <class Handle>
 Handle handle(id _Nullable object) {
@@ -132,6 +139,6 @@ auto enter(const Function& function, Arguments&&... arguments) noexcept {
     }
 }
 
-} // namespace NS
+} // namespace macOS
 
 #pragma clang assume_nonnull end

@@ -4,6 +4,18 @@
 
 namespace NS {
 
+std::shared_ptr<Native> Bridge::retained(id object) {
+    if (object == nil) {
+        return nullptr;
+    }
+    return {reinterpret_cast<Native*>(const_cast<void*>((__bridge_retained CFTypeRef)object)),
+            [](Native* native) { CFRelease(native); }};
+}
+
+} // namespace NS
+
+namespace macOS {
+
 namespace {
 
 NSString* decoded(const std::string& text, NSStringEncoding encoding) {
@@ -38,14 +50,6 @@ NSArray* toNSArrayOfValues(const Array& values) {
 }
 
 } // namespace
-
-std::shared_ptr<Native> Bridge::retained(id object) {
-    if (object == nil) {
-        return nullptr;
-    }
-    return {reinterpret_cast<Native*>(const_cast<void*>((__bridge_retained CFTypeRef)object)),
-            [](Native* native) { CFRelease(native); }};
-}
 
 // Bytes that are not UTF-8 (a file's name may hold any) read as Latin-1, where every byte is a character.
 NSString* toNSString(const std::string& text) {
@@ -149,4 +153,4 @@ Error toError(NSError* error) {
     return {toString([error localizedDescription])};
 }
 
-} // namespace NS
+} // namespace macOS

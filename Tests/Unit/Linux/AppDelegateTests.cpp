@@ -32,14 +32,14 @@ struct AppDelegateTest : testing::Test {
 };
 
 TEST_F(AppDelegateTest, AReturningUserGetsTheCupAndNoWindow) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
     EXPECT_EQ(Seam::statusItems().size(), 1U);
     EXPECT_TRUE(windows().empty());
 }
 
 TEST_F(AppDelegateTest, TheLanguagesPresenceCountsNotItsContent) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue(""), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue(""), Prefs::appLanguage);
     launch();
     EXPECT_EQ(Seam::statusItems().size(), 1U);
     EXPECT_TRUE(windows().empty());
@@ -94,7 +94,7 @@ TEST_F(AppDelegateTest, WhereTheLanguageIsForcedNobodyIsWelcomed) {
 }
 
 TEST_F(AppDelegateTest, AForcedLoginItemIsSetAtTheStartWithoutAWord) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
     testing::internal::CaptureStderr();
     for (const bool wanted : {true, true, false, false}) {
         force(wanted ? "<key>launchAtLogin</key><true/>" : "<key>launchAtLogin</key><false/>");
@@ -107,7 +107,7 @@ TEST_F(AppDelegateTest, AForcedLoginItemIsSetAtTheStartWithoutAWord) {
 }
 
 TEST_F(AppDelegateTest, WhatAUserTurnsOffElsewhereStaysOffUntilTheNextStart) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
     force("<key>launchAtLogin</key><true/>");
     launch();
     NS::AppService::mainAppService().unregisterAndReturnError();
@@ -116,8 +116,8 @@ TEST_F(AppDelegateTest, WhatAUserTurnsOffElsewhereStaysOffUntilTheNextStart) {
 }
 
 TEST_F(AppDelegateTest, ALoginItemThatIsNotForcedIsLeftAlone) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
-    Prefs::d().setBoolForKey(true, Prefs::launchAtLogin);
+    Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
+    Prefs::d().setBool(true, Prefs::launchAtLogin);
     launch();
     EXPECT_EQ(NS::AppService::mainAppService().status(), NS::AppServiceStatus::NotRegistered);
 }
@@ -140,8 +140,8 @@ NS::Date noon() {
 struct ScheduledAppDelegateTest : AppDelegateTest {
     ScheduledAppDelegateTest() {
         Seam::setNow(noon());
-        Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
-        Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+        Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
+        Prefs::d().setBool(true, Prefs::scheduleEnabled);
     }
 };
 
@@ -155,7 +155,7 @@ TEST_F(ScheduledAppDelegateTest, StartingBringsTheGuardIntoLineWithTheSchedule) 
 }
 
 TEST_F(ScheduledAppDelegateTest, StartingStartsTheUpdater) {
-    Prefs::d().setBoolForKey(false, Prefs::scheduleEnabled);
+    Prefs::d().setBool(false, Prefs::scheduleEnabled);
     launch();
     EXPECT_EQ(Seam::scheduledTimers(),
               (std::vector{noon().dateByAddingTimeInterval(12), noon().dateByAddingTimeInterval(24 * 3600.0)}));
@@ -173,17 +173,17 @@ TEST_F(ScheduledAppDelegateTest, AClickOverridesTheScheduleUntilItsNextTime) {
 }
 
 TEST_F(ScheduledAppDelegateTest, AClickWhileTheScheduleIsOffOverridesNothing) {
-    Prefs::d().setBoolForKey(false, Prefs::scheduleEnabled);
+    Prefs::d().setBool(false, Prefs::scheduleEnabled);
     launch();
     Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
     Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
-    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
     Seam::announceWake(); // no override stands in the way of the window
     EXPECT_EQ(Seam::power().held.size(), 1U);
 }
 
 TEST_F(AppDelegateTest, TheMenusSettingsLineOpensTheOneSettingsWindow) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
     for (int time = 0; time < 2; ++time) {
         Seam::whenMenuOpens([](NS::StatusItem item) { item.menu().performActionForItemAtIndex(3); });
@@ -196,7 +196,7 @@ TEST_F(AppDelegateTest, TheMenusSettingsLineOpensTheOneSettingsWindow) {
 }
 
 TEST_F(AppDelegateTest, UpdatesArePostponedExactlyWhileTheGuardIsActive) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
     EXPECT_FALSE(Updater::shouldPostpone());
     Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
@@ -209,7 +209,7 @@ TEST_F(AppDelegateTest, UpdatesArePostponedExactlyWhileTheGuardIsActive) {
 }
 
 TEST_F(AppDelegateTest, QuittingWhileActiveReleasesTheAssertionAndShowsIt) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
     const auto item = Seam::statusItems().front();
     Seam::click(item, {NS::EventType::LeftMouseUp});
@@ -221,7 +221,7 @@ TEST_F(AppDelegateTest, QuittingWhileActiveReleasesTheAssertionAndShowsIt) {
 }
 
 TEST_F(AppDelegateTest, QuittingWhileInactiveCallsNothing) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
     const int before = Seam::imageChanges(Seam::statusItems().front());
     terminate();

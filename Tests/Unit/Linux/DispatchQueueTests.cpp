@@ -24,7 +24,7 @@ TEST(DispatchQueue, TheMainQueueRunsItsBlocksInOrderOnTheMainThread) {
     std::string order;
     std::thread([&] {
         for (const char letter : {'a', 'b', 'c'}) {
-            NS::DispatchQueue::mainQueue().async([&order, letter] { order += isMainThread() ? letter : '?'; });
+            NS::DispatchQueue::main().async([&order, letter] { order += isMainThread() ? letter : '?'; });
         }
     }).join();
     EXPECT_EQ(order, "");
@@ -34,7 +34,7 @@ TEST(DispatchQueue, TheMainQueueRunsItsBlocksInOrderOnTheMainThread) {
 
 TEST(DispatchQueue, TheMainQueueNeverRunsABlockAtOnce) {
     bool ran = false;
-    NS::DispatchQueue::mainQueue().async([&] { ran = true; });
+    NS::DispatchQueue::main().async([&] { ran = true; });
     EXPECT_FALSE(ran);
 }
 
@@ -42,7 +42,7 @@ TEST(DispatchQueue, TheGlobalQueueRunsItsBlocksElsewhereAndAtTheSameTime) {
     std::atomic<int> running = 0;
     std::atomic<bool> met = false;
     for (int count = 0; count < 2; ++count) {
-        NS::DispatchQueue::globalQueue().async([&] {
+        NS::DispatchQueue::global().async([&] {
             EXPECT_FALSE(isMainThread());
             ++running;
             for (int round = 0; round < 500 && running < 2; ++round) {
@@ -60,7 +60,7 @@ TEST(DispatchQueue, NoThreadAndNothingThatABlockHoldsIsLeftBehind) {
     const auto before = threads();
     const auto kept = std::make_shared<int>();
     for (int count = 0; count < 50; ++count) {
-        NS::DispatchQueue::globalQueue().async([kept] {});
+        NS::DispatchQueue::global().async([kept] {});
     }
     EXPECT_TRUE(Linux::waitForWorkers(10s));
     EXPECT_EQ(kept.use_count(), 1);
@@ -72,7 +72,7 @@ TEST(DispatchQueue, NoThreadAndNothingThatABlockHoldsIsLeftBehind) {
 
 TEST(DispatchQueue, WaitingForWorkersHasAnEnd) {
     std::atomic<bool> stop = false;
-    NS::DispatchQueue::globalQueue().async([&] {
+    NS::DispatchQueue::global().async([&] {
         while (!stop) {
             std::this_thread::sleep_for(5ms);
         }
@@ -85,7 +85,7 @@ TEST(DispatchQueue, WaitingForWorkersHasAnEnd) {
 TEST(DispatchQueue, ADelayedBlockWaitsForItsTime) {
     const auto start = NS::Date::date();
     int runs = 0;
-    NS::DispatchQueue::mainQueue().asyncAfter(12, [&] { runs += isMainThread(); });
+    NS::DispatchQueue::main().asyncAfter(12, [&] { runs += isMainThread(); });
     Seam::runUntil(start.dateByAddingTimeInterval(11.9));
     QCoreApplication::processEvents();
     EXPECT_EQ(runs, 0);

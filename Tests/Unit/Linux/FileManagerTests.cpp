@@ -178,9 +178,9 @@ TEST_F(FileManagerTest, AFolderIsMadeWithThoseAboveItIfAsked) {
 
 TEST_F(FileManagerTest, PermissionsAreSetExactly) {
     write(folder / "file", "");
-    EXPECT_TRUE(manager.setPosixPermissions(0755, folder / "file"));
+    EXPECT_TRUE(manager.setAttributes({.posixPermissions = 0755}, folder / "file"));
     EXPECT_EQ(fs::status(folder / "file").permissions(), fs::perms(0755));
-    EXPECT_FALSE(manager.setPosixPermissions(0755, folder / "missing"));
+    EXPECT_FALSE(manager.setAttributes({.posixPermissions = 0755}, folder / "missing"));
 }
 
 TEST_F(FileManagerTest, ATextIsWrittenWholeInPlaceOfWhatStoodThere) {

@@ -13,7 +13,7 @@ void setLanguages(const char* list) {
 }
 
 void store(const char* language) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue(language), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue(language), Prefs::appLanguage);
 }
 
 TEST(L10n, AnUnknownKeyIsItsOwnText) {

@@ -25,7 +25,7 @@ NS::AppServiceStatus status() {
 }
 
 TEST(LoginItem, EnablingRegistersAndRecordsIt) {
-    Prefs::d().setBoolForKey(false, Prefs::launchAtLogin);
+    Prefs::d().setBool(false, Prefs::launchAtLogin);
     EXPECT_TRUE(LoginItem::set(true));
     EXPECT_EQ(status(), NS::AppServiceStatus::Enabled);
     EXPECT_TRUE(Prefs::d().boolForKey("launchAtLogin"));
@@ -46,7 +46,7 @@ TEST(LoginItem, EnablingTwiceAsksTheSystemTwice) {
 }
 
 TEST(LoginItem, ARefusedRegistrationIsLoggedAndLeavesTheRecord) {
-    Prefs::d().setBoolForKey(false, Prefs::launchAtLogin);
+    Prefs::d().setBool(false, Prefs::launchAtLogin);
     refuseRegistration();
     testing::internal::CaptureStderr();
     EXPECT_FALSE(LoginItem::set(true));
@@ -57,7 +57,7 @@ TEST(LoginItem, ARefusedRegistrationIsLoggedAndLeavesTheRecord) {
 }
 
 TEST(LoginItem, DisablingWhatIsNotRegisteredIsARefusalToo) {
-    Prefs::d().setBoolForKey(true, Prefs::launchAtLogin);
+    Prefs::d().setBool(true, Prefs::launchAtLogin);
     testing::internal::CaptureStderr();
     EXPECT_FALSE(LoginItem::set(false));
     EXPECT_NE(testing::internal::GetCapturedStderr().find("LoginItem: unregister failed: "), std::string::npos);

@@ -113,18 +113,18 @@ TEST_F(ManagedDefaults, OnlyTheForcedIsForced) {
 
 TEST_F(ManagedDefaults, AUserMayChangeAnAdministratorsDefault) {
     write(preset(), list(number("key", 2)));
-    defaults.setIntegerForKey(3, "key");
+    defaults.setInteger(3, "key");
     EXPECT_TRUE(defaults.synchronize());
     EXPECT_EQ(defaults.integerForKey("key"), 3);
-    defaults.setObjectForKey(std::nullopt, "key");
+    defaults.setObject(std::nullopt, "key");
     EXPECT_EQ(defaults.integerForKey("key"), 2);
 }
 
 TEST_F(ManagedDefaults, WhatIsForcedCannotBeSet) {
     write(forced(), list(number("key", 4)));
-    defaults.setObjectForKey(std::nullopt, "key");
-    defaults.setBoolForKey(true, "key");
-    defaults.setIntegerForKey(5, "key");
+    defaults.setObject(std::nullopt, "key");
+    defaults.setBool(true, "key");
+    defaults.setInteger(5, "key");
     EXPECT_EQ(defaults.integerForKey("key"), 4);
     EXPECT_TRUE(defaults.synchronize());
     QCoreApplication::processEvents();
@@ -136,8 +136,8 @@ TEST_F(ManagedDefaults, WhatIsForcedCannotBeSet) {
 TEST_F(ManagedDefaults, TheUsersOwnValueIsBackWhenItIsForcedNoLonger) {
     write(user(), list(number("key", 3)));
     write(forced(), list(number("key", 4)));
-    defaults.setIntegerForKey(5, "key");
-    defaults.setIntegerForKey(6, "other");
+    defaults.setInteger(5, "key");
+    defaults.setInteger(6, "other");
     EXPECT_TRUE(defaults.synchronize());
     fs::remove(forced());
     EXPECT_EQ(defaults.integerForKey("key"), 3);
@@ -160,7 +160,7 @@ TEST_F(ManagedDefaults, AChangeOnTheDiskTakesEffect) {
 }
 
 TEST_F(ManagedDefaults, AForcedValueHidesAChangeThatWaitsToBeWritten) {
-    defaults.setIntegerForKey(3, "key");
+    defaults.setInteger(3, "key");
     write(forced(), list(number("key", 4)));
     EXPECT_EQ(defaults.integerForKey("key"), 4);
 }
@@ -177,8 +177,8 @@ TEST_F(ManagedDefaults, TheAdministratorsFilesAreNeverWritten) {
     write(forced(), list(number("key", 4)));
     write(preset(), list(number("default", 2)));
     const auto before = administratorsFiles();
-    defaults.setIntegerForKey(5, "key");
-    defaults.setIntegerForKey(5, "default");
+    defaults.setInteger(5, "key");
+    defaults.setInteger(5, "default");
     EXPECT_TRUE(defaults.synchronize());
     EXPECT_EQ(administratorsFiles(), before);
     EXPECT_EQ(bytesOf(user()).find("<key>key</key>"), std::string::npos);
@@ -207,7 +207,7 @@ TEST_P(DamagedManagedFile, CountsAsAbsentAndStaysAsItIs) {
     EXPECT_EQ(defaults.integerForKey("key"), 3);
     EXPECT_FALSE(defaults.objectIsForcedForKey("key"));
     EXPECT_EQ(defaults.integerForKey("other"), 2);
-    defaults.setIntegerForKey(5, "key");
+    defaults.setInteger(5, "key");
     EXPECT_TRUE(defaults.synchronize());
     EXPECT_EQ(defaults.integerForKey("key"), 5);
     EXPECT_EQ(administratorsFiles(), before);

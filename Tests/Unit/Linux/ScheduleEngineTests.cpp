@@ -31,9 +31,9 @@ struct ScheduleEngineTest : testing::Test {
     }
 
     static void schedule(std::int64_t on, std::int64_t off) {
-        Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
-        Prefs::d().setIntegerForKey(on, Prefs::scheduleOnMinutes);
-        Prefs::d().setIntegerForKey(off, Prefs::scheduleOffMinutes);
+        Prefs::d().setBool(true, Prefs::scheduleEnabled);
+        Prefs::d().setInteger(on, Prefs::scheduleOnMinutes);
+        Prefs::d().setInteger(off, Prefs::scheduleOffMinutes);
     }
 
     /// Whether the schedule wants the guard on at that time.
@@ -66,7 +66,7 @@ TEST_F(ScheduleEngineTest, ADisabledScheduleLeavesTheGuardAndDropsTheTimers) {
     Seam::setNow(at("10:00:00"));
     engine->reconcile();
     ASSERT_EQ(Seam::scheduledTimers().size(), 2U);
-    Prefs::d().setBoolForKey(false, Prefs::scheduleEnabled);
+    Prefs::d().setBool(false, Prefs::scheduleEnabled);
     engine->manualOverride = true;
     Seam::setNow(at("20:00:00"));
     engine->reconcile();

@@ -296,9 +296,9 @@ private:
 
     void store(const Settings& settings) {
         model.settings = settings;
-        Prefs::d().setBoolForKey(settings.enabled, Prefs::scheduleEnabled);
-        Prefs::d().setIntegerForKey(settings.on, Prefs::scheduleOnMinutes);
-        Prefs::d().setIntegerForKey(settings.off, Prefs::scheduleOffMinutes);
+        Prefs::d().setBool(settings.enabled, Prefs::scheduleEnabled);
+        Prefs::d().setInteger(settings.on, Prefs::scheduleOnMinutes);
+        Prefs::d().setInteger(settings.off, Prefs::scheduleOffMinutes);
         note(std::string("the schedule is ") + (settings.enabled ? "enabled" : "disabled") + ", on at " +
              std::to_string(settings.on) + ", off at " + std::to_string(settings.off));
     }

@@ -118,7 +118,7 @@ void refuseLoginItems() {
 struct SettingsWindowControllerTest : testing::Test {
     SettingsWindowControllerTest() {
         Prefs::registerDefaults();
-        Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
+        Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
         Seam::setNow(NS::Date::dateWithTimeIntervalSince1970(1'714'996'800)); // noon in UTC, the zone of the tests
     }
 
@@ -130,8 +130,8 @@ struct SettingsWindowControllerTest : testing::Test {
 
     static NS::AppServiceStatus loginStatus() { return NS::AppService::mainAppService().status(); }
     static void store(Minutes times) {
-        Prefs::d().setIntegerForKey(times.first, Prefs::scheduleOnMinutes);
-        Prefs::d().setIntegerForKey(times.second, Prefs::scheduleOffMinutes);
+        Prefs::d().setInteger(times.first, Prefs::scheduleOnMinutes);
+        Prefs::d().setInteger(times.second, Prefs::scheduleOffMinutes);
     }
     static Minutes stored() {
         return {Prefs::d().integerForKey(Prefs::scheduleOnMinutes),
@@ -247,7 +247,7 @@ TEST_F(SettingsWindowControllerTest, TheFormStandsOnTheScreenAsFarApartAsTheLayo
 }
 
 TEST_F(SettingsWindowControllerTest, CaptionsAreLabelColouredAndHintsSecondaryAndSmall) {
-    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
     const auto pieces = show();
     const auto opacity = [](const NS::TextField& field) {
         return widgetOf(field)->palette().color(QPalette::WindowText).alphaF();
@@ -287,7 +287,7 @@ TEST_F(SettingsWindowControllerTest, EveryControlIsNamedByItsCaption) {
 TEST_F(SettingsWindowControllerTest, TheTextsAreInTheLanguageInForce) {
     EXPECT_EQ(show().captions(), englishCaptions);
     EXPECT_EQ(Pieces().window.title(), "Vantorel Settings");
-    Prefs::d().setObjectForKey(NS::PropertyListValue("pt-BR"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("pt-BR"), Prefs::appLanguage);
     controller = SettingsWindowController::create(engine);
     EXPECT_EQ(show().captions(), portugueseCaptions);
     EXPECT_EQ(Pieces().window.title(), "Ajustes do Vantorel");
@@ -357,8 +357,8 @@ TEST_F(SettingsWindowControllerTest, ThePopupSelectsTheStoredLanguageElseTheSyst
          {Case{"en", "pt_BR", 1}, Case{"pt-BR", "en_GB", 0}, Case{"fr", "pt_PT", 0}, Case{"PT-BR", "en_GB", 1},
           Case{std::nullopt, "pt_BR", 0}, Case{std::nullopt, "fr", 1}}) {
         qputenv("LANGUAGE", system);
-        Prefs::d().setObjectForKey(language ? std::optional(NS::PropertyListValue(*language)) : std::nullopt,
-                                   Prefs::appLanguage);
+        Prefs::d().setObject(language ? std::optional(NS::PropertyListValue(*language)) : std::nullopt,
+                             Prefs::appLanguage);
         EXPECT_EQ(show().languagePopup.indexOfSelectedItem(), index) << language.value_or("none") << ' ' << system;
     }
 }
@@ -390,10 +390,10 @@ TEST_F(SettingsWindowControllerTest, ReopeningReadsEverythingAgainIntoTheSameWin
     const auto pieces = show();
     pieces.widget()->close();
     ASSERT_EQ(NS::AppService::mainAppService().registerAndReturnError(), std::nullopt);
-    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
-    Prefs::d().setBoolForKey(false, Prefs::autoUpdate);
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
+    Prefs::d().setBool(false, Prefs::autoUpdate);
     store({61, 122});
-    Prefs::d().setObjectForKey(NS::PropertyListValue("pt-BR"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("pt-BR"), Prefs::appLanguage);
     const auto again = show();
     EXPECT_EQ(again.window, pieces.window);
     EXPECT_EQ(NS::Application::sharedApplication().windows().size(), 1U);
@@ -545,7 +545,7 @@ TEST_F(SettingsWindowControllerTest, SwitchingTheScheduleOnDecidesAtOnceAndOffCl
 }
 
 TEST_F(SettingsWindowControllerTest, PickedTimesAreStoredAndInForceAtOnce) {
-    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
     const auto pieces = show();
     engine->reconcile();
     ASSERT_TRUE(isAwake());
@@ -562,7 +562,7 @@ TEST_F(SettingsWindowControllerTest, PickedTimesAreStoredAndInForceAtOnce) {
 }
 
 TEST_F(SettingsWindowControllerTest, EitherPickerStoresBothTimes) {
-    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
     const auto pieces = show();
     store({1, 2}); // from outside, while the window shows 9 and 18
     type(pieces.onPicker, "1000");
@@ -573,7 +573,7 @@ TEST_F(SettingsWindowControllerTest, EitherPickerStoresBothTimes) {
 }
 
 TEST_F(SettingsWindowControllerTest, TheFirstAndTheLastMinuteOfTheDayAreShownAndStored) {
-    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
     store({1439, 0});
     const auto pieces = show();
     EXPECT_EQ(pieces.timeOf(pieces.onPicker), "23:59");
@@ -584,7 +584,7 @@ TEST_F(SettingsWindowControllerTest, TheFirstAndTheLastMinuteOfTheDayAreShownAnd
 }
 
 TEST_F(SettingsWindowControllerTest, EveryMinuteOfTheDayComesBackAsItWas) {
-    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
     for (std::int64_t minute = 0; minute < 1440; minute += 7) {
         store({minute, 1439 - minute});
         controller->show();
@@ -606,7 +606,7 @@ TEST_F(SettingsWindowControllerTest, ImpossibleMinutesShowThePresent) {
 TEST_F(SettingsWindowControllerTest, ATimeThatTheClockSkipsTodayShowsTheNextThereIs) {
     Seam::setTimeZone("Europe/Berlin");
     Seam::setNow(NS::Date::dateWithTimeIntervalSince1970(1'711'879'200)); // 2024-03-31, the clock skips 2 to 3
-    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
     store({150, 540});
     const auto pieces = show();
     EXPECT_EQ(pieces.timeOf(pieces.onPicker), "03:00");
@@ -628,7 +628,7 @@ TEST_F(SettingsWindowControllerTest, AutomaticUpdatesAreSwitchedOffAndOn) {
 // One control at a time
 
 TEST_F(SettingsWindowControllerTest, EachControlChangesWhatItSaysAndNothingElse) {
-    Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
     const auto pieces = show();
     const auto world = [] {
         return std::make_tuple(loginStatus(), Prefs::d().boolForKey(Prefs::scheduleEnabled), stored(),
@@ -723,7 +723,7 @@ TEST_F(SettingsWindowControllerTest, TimesOfAScheduleThatIsForcedOffCannotBeWork
 }
 
 TEST_F(SettingsWindowControllerTest, ReopeningShowsWhatIsForcedByThenOrNoLonger) {
-    Prefs::d().setBoolForKey(false, Prefs::autoUpdate);
+    Prefs::d().setBool(false, Prefs::autoUpdate);
     const auto pieces = show();
     force("<key>autoUpdate</key><true/>");
     show();

@@ -186,7 +186,7 @@ TEST_F(StatusItemControllerTest, ARefusedAssertionLeavesTheIconAlone) {
 }
 
 TEST_F(StatusItemControllerTest, AChangeOfLanguageReachesTheMenuAtOnceAndTheToolTipAtTheNextChange) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue("pt-BR"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("pt-BR"), Prefs::appLanguage);
     EXPECT_EQ(menuOpenedBy(rightClick).itemAtIndex(5).title(), "Sair do Vantorel");
     EXPECT_EQ(button().toolTip(), "Vantorel is off");
     Seam::click(item(), leftClick);

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 NS::Task shell(const std::string& script, const std::vector<std::string>& arguments = {}) {
-    auto task = NS::Task::task();
+    auto task = NS::Task::init();
     task.setExecutableURL(NS::URL::fileURLWithPath("/bin/sh"));
     std::vector<std::string> words = {"-c", script};
     words.insert(words.end(), arguments.begin(), arguments.end());
@@ -76,7 +76,7 @@ TEST_F(TaskTest, ArgumentsArriveAsTheyStand) {
 
 TEST_F(TaskTest, WhatCannotBeStartedSaysSo) {
     for (const char* path : {"/nowhere/tool", "/etc/passwd", "/"}) {
-        auto task = NS::Task::task();
+        auto task = NS::Task::init();
         task.setExecutableURL(NS::URL::fileURLWithPath(path));
         EXPECT_FALSE(task.launchAndReturnError()) << path;
     }

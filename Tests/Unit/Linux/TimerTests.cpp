@@ -16,8 +16,8 @@ struct TimerTest : testing::Test {
     TimerTest() { Seam::setNow(in(0)); }
 
     NS::Timer scheduled(double seconds, double interval, bool repeats) {
-        auto timer = NS::Timer::timerWithFireDate(in(seconds), interval, repeats, [this] { ++fired; });
-        NS::RunLoop::mainRunLoop().addTimerForCommonModes(timer);
+        auto timer = NS::Timer::initWithFireDate(in(seconds), interval, repeats, [this] { ++fired; });
+        NS::RunLoop::mainRunLoop().addTimer(timer, NS::RunLoopMode::Common);
         return timer;
     }
 
@@ -69,7 +69,7 @@ TEST_F(TimerTest, AClockThatIsSetNeitherPutsOffNorHastensAnInterval) {
 }
 
 TEST_F(TimerTest, DoesNothingBeforeItIsAdded) {
-    const auto timer = NS::Timer::timerWithFireDate(in(1), 0, false, [this] { ++fired; });
+    const auto timer = NS::Timer::initWithFireDate(in(1), 0, false, [this] { ++fired; });
     Seam::runUntil(in(2));
     EXPECT_EQ(fired, 0);
     EXPECT_TRUE(timer.isValid());
@@ -77,19 +77,19 @@ TEST_F(TimerTest, DoesNothingBeforeItIsAdded) {
 
 TEST_F(TimerTest, AddingItTwiceFiresItOnce) {
     const auto timer = scheduled(1, 0, false);
-    NS::RunLoop::mainRunLoop().addTimerForCommonModes(timer);
+    NS::RunLoop::mainRunLoop().addTimer(timer, NS::RunLoopMode::Common);
     Seam::runUntil(in(2));
     EXPECT_EQ(fired, 1);
 }
 
 TEST_F(TimerTest, AnInvalidatedTimerNeverFiresAndLetsGoOfItsBlock) {
     auto kept = std::make_shared<int>();
-    auto timer = NS::Timer::timerWithFireDate(in(1), 0, false, [kept] { ++*kept; });
-    NS::RunLoop::mainRunLoop().addTimerForCommonModes(timer);
+    auto timer = NS::Timer::initWithFireDate(in(1), 0, false, [kept] { ++*kept; });
+    NS::RunLoop::mainRunLoop().addTimer(timer, NS::RunLoopMode::Common);
     timer.invalidate();
     timer.invalidate();
     EXPECT_EQ(kept.use_count(), 1);
-    NS::RunLoop::mainRunLoop().addTimerForCommonModes(timer);
+    NS::RunLoop::mainRunLoop().addTimer(timer, NS::RunLoopMode::Common);
     Seam::runUntil(in(2));
     EXPECT_EQ(*kept, 0);
     EXPECT_TRUE(Seam::scheduledTimers().empty());
@@ -97,11 +97,11 @@ TEST_F(TimerTest, AnInvalidatedTimerNeverFiresAndLetsGoOfItsBlock) {
 
 TEST_F(TimerTest, MayBeInvalidatedByItsOwnBlock) {
     NS::Timer timer;
-    timer = NS::Timer::timerWithFireDate(in(1), 1, true, [this, &timer] {
+    timer = NS::Timer::initWithFireDate(in(1), 1, true, [this, &timer] {
         ++fired;
         timer.invalidate();
     });
-    NS::RunLoop::mainRunLoop().addTimerForCommonModes(timer);
+    NS::RunLoop::mainRunLoop().addTimer(timer, NS::RunLoopMode::Common);
     Seam::runUntil(in(5));
     EXPECT_EQ(fired, 1);
 }

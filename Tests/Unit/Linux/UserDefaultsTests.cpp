@@ -613,7 +613,7 @@ class UserDefaults : public DefaultsFile {
 protected:
     NS::UserDefaults defaults = Linux::handle<NS::UserDefaults>(std::make_shared<Linux::UserDefaultsNative>(file()));
 
-    void set(const NS::PropertyListValue& value) { defaults.setObjectForKey(value, "key"); }
+    void set(const NS::PropertyListValue& value) { defaults.setObject(value, "key"); }
     static void finishPass() { QCoreApplication::processEvents(); }
 };
 
@@ -628,7 +628,7 @@ TEST_F(UserDefaults, AChangeIsWrittenAtTheEndOfThePass) {
 TEST_F(UserDefaults, AValueSetAndRemovedInOnePassNeverReachesTheDisk) {
     set("en");
     EXPECT_EQ(defaults.stringForKey("key"), "en");
-    defaults.setObjectForKey(std::nullopt, "key");
+    defaults.setObject(std::nullopt, "key");
     EXPECT_EQ(defaults.stringForKey("key"), std::nullopt);
     finishPass();
     EXPECT_FALSE(fs::exists(file()));
@@ -665,7 +665,7 @@ TEST_F(UserDefaults, AFailedWriteIsTriedAgainWithTheNextChange) {
         finishPass();
     }
     EXPECT_FALSE(fs::exists(file()));
-    defaults.setBoolForKey(true, "other");
+    defaults.setBool(true, "other");
     finishPass();
     EXPECT_EQ(Linux::PropertyListStore(file()).value("key"), NS::PropertyListValue(42));
 }
@@ -693,7 +693,7 @@ TEST_F(UserDefaults, RegisteredValuesStandInForMissingOnesAndAreNeverWritten) {
     EXPECT_EQ(defaults.integerForKey("key"), 7);
     finishPass();
     EXPECT_EQ(bytesOf(file()).find("hint"), std::string::npos);
-    defaults.setObjectForKey(std::nullopt, "key");
+    defaults.setObject(std::nullopt, "key");
     EXPECT_EQ(defaults.integerForKey("key"), 540);
 }
 
@@ -812,12 +812,12 @@ TEST_F(UserDefaults, OnlyDictionariesAreReadAsDictionaries) {
 TEST_F(UserDefaults, TheStandardOnesAreCalledAfterTheProgram) {
     auto standard = NS::UserDefaults::standardUserDefaults();
     EXPECT_EQ(standard, NS::UserDefaults::standardUserDefaults());
-    standard.setIntegerForKey(42, "UserDefaultsTests");
+    standard.setInteger(42, "UserDefaultsTests");
     ASSERT_TRUE(standard.synchronize());
     const auto name = fs::read_symlink("/proc/self/exe").filename().string() + ".plist";
     Linux::PropertyListStore store(fs::path(std::getenv("XDG_CONFIG_HOME")) / name);
     EXPECT_EQ(store.value("UserDefaultsTests"), NS::PropertyListValue(42));
-    standard.setObjectForKey(std::nullopt, "UserDefaultsTests");
+    standard.setObject(std::nullopt, "UserDefaultsTests");
 }
 
 } // namespace

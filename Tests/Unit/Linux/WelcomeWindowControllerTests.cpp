@@ -206,7 +206,7 @@ TEST_F(WelcomeWindowControllerTest, ShowingLeavesNoLanguageBehind) {
 }
 
 TEST_F(WelcomeWindowControllerTest, ShowingPutsAStoredLanguageBack) {
-    Prefs::d().setObjectForKey(NS::PropertyListValue("fr"), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue("fr"), Prefs::appLanguage);
     show("pt_BR");
     EXPECT_EQ(Prefs::d().stringForKey("appLanguage"), "fr");
 }

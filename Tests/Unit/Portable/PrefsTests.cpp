@@ -10,12 +10,12 @@ protected:
     PrefsTest() {
         for (const char* key : {Prefs::appLanguage, Prefs::launchAtLogin, Prefs::autoUpdate, Prefs::scheduleEnabled,
                                 Prefs::scheduleOnMinutes, Prefs::scheduleOffMinutes, Prefs::updateAttemptsByVersion}) {
-            Prefs::d().setObjectForKey(std::nullopt, key);
+            Prefs::d().setObject(std::nullopt, key);
         }
     }
 
     static void storeAttempts(const NS::PropertyListValue& value) {
-        Prefs::d().setObjectForKey(value, Prefs::updateAttemptsByVersion);
+        Prefs::d().setObject(value, Prefs::updateAttemptsByVersion);
     }
 };
 
@@ -48,8 +48,8 @@ TEST_F(PrefsTest, MissingKeysWithoutARegisteredDefaultReadAsNothing) {
 }
 
 TEST_F(PrefsTest, RegisteredDefaultsNeverOverrideWhatIsStored) {
-    Prefs::d().setBoolForKey(false, Prefs::autoUpdate);
-    Prefs::d().setIntegerForKey(7, Prefs::scheduleOnMinutes);
+    Prefs::d().setBool(false, Prefs::autoUpdate);
+    Prefs::d().setInteger(7, Prefs::scheduleOnMinutes);
     Prefs::registerDefaults();
     EXPECT_FALSE(Prefs::d().boolForKey(Prefs::autoUpdate));
     EXPECT_EQ(Prefs::d().integerForKey(Prefs::scheduleOnMinutes), 7);

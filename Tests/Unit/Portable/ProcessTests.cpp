@@ -27,7 +27,7 @@ TEST(UUID, IsRandomInUpperCase) {
     const std::string form = "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}";
     std::set<std::string> texts;
     for (int count = 0; count < 1000; ++count) {
-        const auto uuid = NS::UUID::UUIDWithRandomBytes();
+        const auto uuid = NS::UUID::init();
         EXPECT_TRUE(matches(uuid.UUIDString(), form)) << uuid.UUIDString();
         EXPECT_EQ(uuid.UUIDString(), uuid.UUIDString());
         texts.insert(uuid.UUIDString());

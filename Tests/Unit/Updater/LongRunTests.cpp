@@ -32,8 +32,8 @@ struct LongRunTest : UpdaterTest {
 
     void SetUp() override {
         UpdaterTest::SetUp();
-        Prefs::d().setObjectForKey(NS::PropertyListValue("en"), Prefs::appLanguage);
-        Prefs::d().setBoolForKey(true, Prefs::scheduleEnabled);
+        Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
+        Prefs::d().setBool(true, Prefs::scheduleEnabled);
         Seam::setNow(firstDay.dateByAddingTimeInterval(18 * hour - minute / 2));
         delegate->applicationDidFinishLaunching({"launched"});
     }

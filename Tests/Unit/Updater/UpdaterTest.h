@@ -114,7 +114,7 @@ struct UpdaterTest : testing::Test {
     }
 
     void packImage() {
-        auto tar = NS::Task::task();
+        auto tar = NS::Task::init();
         tar.setExecutableURL(NS::URL::fileURLWithPath("/usr/bin/tar"));
         tar.setArguments({"-cf", (home / "image.tar").string(), "-C", (home / "image").string(), "."});
         ASSERT_TRUE(tar.launchAndReturnError());

@@ -73,7 +73,7 @@ TEST_F(UpdaterScheduleTest, StartingTwiceLeavesOneDailyTimerAndASecondFirstCheck
 }
 
 TEST_F(UpdaterScheduleTest, WithUpdatesOffTheTimersAskNobody) {
-    Prefs::d().setBoolForKey(false, Prefs::autoUpdate);
+    Prefs::d().setBool(false, Prefs::autoUpdate);
     Updater::start();
     runUntil(2 * day);
     EXPECT_EQ(paths().size(), 0U);
@@ -90,7 +90,7 @@ TEST_F(UpdaterTest, ANewerReleaseIsInstalled) {
 }
 
 TEST_F(UpdaterTest, WithUpdatesOffACheckOfTheUserRunsFully) {
-    Prefs::d().setBoolForKey(false, Prefs::autoUpdate);
+    Prefs::d().setBool(false, Prefs::autoUpdate);
     EXPECT_FALSE(check());
     EXPECT_TRUE(server.requests().empty());
     EXPECT_TRUE(check(/*userInitiated=*/true));

@@ -46,9 +46,10 @@ struct DatePickerNative : ViewNative {
 
     void setDate(const Date& newDate) {
         date = newDate;
-        const auto time = Calendar::currentCalendar().hourAndMinuteOfDate(date);
+        const auto calendar = Calendar::currentCalendar();
         const QSignalBlocker quietly(edit.data());
-        edit->setTime(QTime(static_cast<int>(time.hour.value_or(0)), static_cast<int>(time.minute.value_or(0))));
+        edit->setTime(QTime(static_cast<int>(calendar.component(CalendarUnit::Hour, date)),
+                            static_cast<int>(calendar.component(CalendarUnit::Minute, date))));
     }
 
     QPointer<TimeEdit> edit;

@@ -28,10 +28,10 @@ namespace NS {
 using namespace Linux;
 
 Font Font::systemFontOfSize(double size) {
-    return systemFontOfSizeWeight(size, FontWeight::Regular);
+    return systemFontOfSize(size, FontWeight::Regular);
 }
 
-Font Font::systemFontOfSizeWeight(double size, FontWeight weight) {
+Font Font::systemFontOfSize(double size, FontWeight weight) {
     auto native = std::make_shared<FontNative>();
     native->pointSize = size;
     native->weight = weight;

@@ -78,12 +78,13 @@ namespace NS {
 
 using namespace Linux;
 
-MenuItem::MenuItem(const std::string& title, std::function<void()> action, const std::string& keyEquivalent) {
+MenuItem MenuItem::initWithTitle(const std::string& title, std::function<void()> action,
+                                 const std::string& keyEquivalent) {
     auto native = std::make_shared<MenuItemNative>();
     native->title = QString::fromStdString(title);
     native->action = std::move(action);
     native->keyEquivalent = QString::fromStdString(keyEquivalent);
-    *this = handle<MenuItem>(std::move(native));
+    return handle<MenuItem>(std::move(native));
 }
 
 MenuItem MenuItem::separatorItem() {
@@ -116,7 +117,7 @@ bool MenuItem::isEnabled() const {
     return native(*this).enabled;
 }
 
-Menu Menu::menu() {
+Menu Menu::initWithTitle(const std::string&) {
     return handle<Menu>(std::make_shared<MenuNative>());
 }
 

@@ -96,7 +96,7 @@ double StackView::spacing() const {
     return native(*this).spacing;
 }
 
-void StackView::setCustomSpacingAfterView(double spacing, const View& view) {
+void StackView::setCustomSpacing(double spacing, const View& view) {
     native(*this).customSpacing[&native(view)] = spacing;
     native(*this).layOut();
 }

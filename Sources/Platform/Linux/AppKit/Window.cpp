@@ -15,10 +15,6 @@ namespace Linux {
 
 namespace {
 
-bool contains(WindowStyleMask mask, WindowStyleMask style) {
-    return (static_cast<unsigned long>(mask) & static_cast<unsigned long>(style)) != 0;
-}
-
 Qt::WindowFlags flags(WindowStyleMask style) {
     Qt::WindowFlags flags = Qt::Dialog | Qt::CustomizeWindowHint; // a dialog: nothing to minimise or resize
     if (contains(style, WindowStyleMask::Titled)) {
@@ -95,11 +91,11 @@ namespace NS {
 
 using namespace Linux;
 
-Window::Window(const Rect& contentRect, WindowStyleMask style, BackingStore, bool) {
+Window Window::initWithContentRect(const Rect& contentRect, WindowStyleMask style, BackingStoreType, bool) {
     QAccessible::installFactory(makeAccessible); // once, however often
     auto native = std::make_shared<WindowNative>(contentRect, style);
     WindowNative::all().push_back(native);
-    *this = handle<Window>(std::move(native));
+    return handle<Window>(std::move(native));
 }
 
 WindowStyleMask Window::styleMask() const {

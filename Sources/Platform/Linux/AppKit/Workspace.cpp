@@ -21,7 +21,7 @@ namespace NS {
 
 using namespace Linux;
 
-const std::string& WorkspaceDidWakeNotification() {
+const std::string& NotificationName::WorkspaceDidWake() {
     static const std::string name = "NSWorkspaceDidWakeNotification";
     return name;
 }

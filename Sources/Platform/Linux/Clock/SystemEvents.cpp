@@ -73,7 +73,7 @@ void SystemEvents::prepareForSleep(bool goingToSleep) {
         Sleep::current().begin();
         return;
     }
-    workspaceCenter_.postNotificationName(WorkspaceDidWakeNotification());
+    workspaceCenter_.postNotificationName(NotificationName::WorkspaceDidWake());
     Sleep::current().end();
 }
 
@@ -81,7 +81,7 @@ void SystemEvents::zoneMayHaveChanged() {
     files_.addPath(QStringLiteral("/etc/localtime")); // the watch goes with the file that was replaced
     const QByteArray zone = systemTimeZone().id();
     if (std::exchange(zone_, zone) != zone) {
-        NotificationCenter::defaultCenter().postNotificationName(SystemTimeZoneDidChangeNotification());
+        NotificationCenter::defaultCenter().postNotificationName(NotificationName::SystemTimeZoneDidChange());
     }
 }
 
@@ -98,7 +98,7 @@ void SystemEvents::watchClock() {
         const bool wasSet = read(clock_, &expirations, sizeof expirations) < 0 && errno == ECANCELED;
         armClock();
         if (wasSet) {
-            NotificationCenter::defaultCenter().postNotificationName(SystemClockDidChangeNotification());
+            NotificationCenter::defaultCenter().postNotificationName(NotificationName::SystemClockDidChange());
         }
     });
 }

@@ -100,11 +100,11 @@ namespace NS {
 
 using namespace Linux;
 
-DispatchQueue DispatchQueue::mainQueue() {
+DispatchQueue DispatchQueue::main() {
     return handle<DispatchQueue>(mainQueueNative());
 }
 
-DispatchQueue DispatchQueue::globalQueue() {
+DispatchQueue DispatchQueue::global() {
     return handle<DispatchQueue>(globalQueueNative());
 }
 

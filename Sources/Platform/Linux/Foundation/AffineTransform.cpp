@@ -10,7 +10,7 @@ AffineTransform AffineTransform::transform() {
     return handle<AffineTransform>(std::make_shared<AffineTransformNative>());
 }
 
-void AffineTransform::translateXByYBy(double x, double y) {
+void AffineTransform::translateXBy(double x, double y) {
     native(*this).transform.translate(x, y);
 }
 

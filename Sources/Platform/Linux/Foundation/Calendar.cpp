@@ -154,14 +154,13 @@ std::optional<Date> Calendar::dateBySettingHour(long hour, long minute, long sec
     return dateOf(firstInstant(zone, *time > opening ? start : start - 1, *time, any));
 }
 
-DateComponents Calendar::hourAndMinuteOfDate(const Date& date) const {
+long Calendar::component(CalendarUnit unit, const Date& date) const {
     const auto instant = wholeSeconds(date);
     if (!instant) {
-        return {};
+        return 0;
     }
-    const auto& zone = native(*this).zone;
-    const Seconds time = timeOfDay(readingAt(zone, *instant));
-    return {time / hours, time % hours / minutes, {}};
+    const Seconds time = timeOfDay(readingAt(native(*this).zone, *instant));
+    return unit == CalendarUnit::Hour ? time / hours : time % hours / minutes;
 }
 
 } // namespace NS

@@ -109,8 +109,8 @@ bool FileManager::createDirectoryAtURL(const URL& url, bool withIntermediateDire
     return !error;
 }
 
-bool FileManager::setPosixPermissions(unsigned permissions, const std::string& path) const {
-    return chmod(path.c_str(), permissions) == 0;
+bool FileManager::setAttributes(const FileAttributes& attributes, const std::string& path) const {
+    return chmod(path.c_str(), attributes.posixPermissions) == 0;
 }
 
 bool writeToURL(const std::string& text, const URL& url) {

@@ -52,12 +52,12 @@ NotificationCenter NotificationCenter::defaultCenter() {
     return center;
 }
 
-const std::string& SystemClockDidChangeNotification() {
+const std::string& NotificationName::SystemClockDidChange() {
     static const std::string name = "NSSystemClockDidChangeNotification";
     return name;
 }
 
-const std::string& SystemTimeZoneDidChangeNotification() {
+const std::string& NotificationName::SystemTimeZoneDidChange() {
     static const std::string name = "NSSystemTimeZoneDidChangeNotification";
     return name;
 }

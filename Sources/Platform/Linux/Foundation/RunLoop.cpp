@@ -11,7 +11,7 @@ RunLoop RunLoop::mainRunLoop() {
 }
 
 // There is one mode here: events of every kind are handled while a menu is open.
-void RunLoop::addTimerForCommonModes(const Timer& timer) {
+void RunLoop::addTimer(const Timer& timer, RunLoopMode) {
     native(timer).schedule();
 }
 

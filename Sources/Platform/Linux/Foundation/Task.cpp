@@ -66,7 +66,7 @@ namespace NS {
 
 using namespace Linux;
 
-Task Task::task() {
+Task Task::init() {
     return handle<Task>(std::make_shared<TaskNative>());
 }
 

@@ -53,7 +53,7 @@ namespace NS {
 
 using namespace Linux;
 
-Timer Timer::timerWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block) {
+Timer Timer::initWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block) {
     return handle<Timer>(std::make_shared<TimerNative>(fireDate, interval, repeats, std::move(block)));
 }
 

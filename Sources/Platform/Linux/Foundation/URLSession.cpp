@@ -51,7 +51,7 @@ Descriptor makeNote(std::string_view text) {
 std::string textOf(const URLRequest& request) {
     char seconds[32] = {};
     std::to_chars(std::begin(seconds), std::end(seconds), request.timeoutInterval);
-    return request.URL.absoluteString() + "\n" + seconds;
+    return request.url.absoluteString() + "\n" + seconds;
 }
 
 /// One transfer under way.
@@ -157,7 +157,7 @@ private:
 
 std::optional<HTTPURLResponse> transfer(const URLRequest& request, const Sink& sink) {
     // libcurl would take the first name of the path for the host.
-    if (!request.URL || native(request.URL).parts.host().empty() || cancelled) {
+    if (!request.url || native(request.url).parts.host().empty() || cancelled) {
         return std::nullopt;
     }
     try {

@@ -21,7 +21,7 @@ namespace NS {
 
 using namespace Linux;
 
-UUID UUID::UUIDWithRandomBytes() {
+UUID UUID::init() {
     return handle<UUID>(std::make_shared<UUIDNative>());
 }
 

@@ -210,15 +210,15 @@ bool UserDefaults::objectIsForcedForKey(const std::string& key) const {
     return native(*this).isForced(key);
 }
 
-void UserDefaults::setBoolForKey(bool value, const std::string& key) {
-    setObjectForKey(value, key);
+void UserDefaults::setBool(bool value, const std::string& key) {
+    setObject(value, key);
 }
 
-void UserDefaults::setIntegerForKey(std::int64_t value, const std::string& key) {
-    setObjectForKey(value, key);
+void UserDefaults::setInteger(std::int64_t value, const std::string& key) {
+    setObject(value, key);
 }
 
-void UserDefaults::setObjectForKey(const std::optional<PropertyListValue>& value, const std::string& key) {
+void UserDefaults::setObject(const std::optional<PropertyListValue>& value, const std::string& key) {
     native(*this).setValue(value, key);
 }
 

@@ -12,7 +12,7 @@ constexpr auto kIOReturnUnsupported = static_cast<IOReturn>(0xe00002c7U);
 
 IOReturn IOPMAssertionCreateWithName(const std::string& type, IOPMAssertionLevel level, const std::string& name,
                                      IOPMAssertionID* id) {
-    if (type != "PreventUserIdleDisplaySleep" || level != kIOPMAssertionLevelOn) {
+    if (type != "PreventUserIdleDisplaySleep" || level != IOPMAssertionLevel::On) {
         return kIOReturnUnsupported;
     }
     return Linux::createPowerAssertion(type, level, name, id);

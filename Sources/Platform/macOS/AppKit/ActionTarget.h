@@ -12,7 +12,7 @@
 - (void)runPlatformAction:(nullable id)sender;
 @end
 
-namespace NS {
+namespace macOS {
 
 /// Makes a new target for `function`, kept by `sender`, which holds its target weakly. Every sender has the one
 /// selector, which also makes one group of the radio buttons in a superview.
@@ -25,6 +25,6 @@ void setActionFunction(Sender* _Nonnull sender, std::function<void()> function) 
     [sender setAction:@selector(runPlatformAction:)];
 }
 
-} // namespace NS
+} // namespace macOS
 
 #pragma clang assume_nonnull end

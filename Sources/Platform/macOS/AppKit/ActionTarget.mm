@@ -19,13 +19,13 @@
 - (void)runPlatformAction:(id)__unused sender {
     const auto function = _function; // a copy: the function may give its sender another one, and so end this object
     if (function) {
-        NS::enter(function);
+        macOS::enter(function);
     }
 }
 
 @end
 
-namespace NS {
+namespace macOS {
 
 PlatformActionTarget* makeActionTarget(id sender, std::function<void()> function) {
     static const char key = 0;
@@ -34,4 +34,4 @@ PlatformActionTarget* makeActionTarget(id sender, std::function<void()> function
     return target;
 }
 
-} // namespace NS
+} // namespace macOS

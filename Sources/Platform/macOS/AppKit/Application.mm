@@ -23,19 +23,21 @@
 
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
     if (const auto delegate = _delegate.lock()) {
-        NS::enter([&] { delegate->applicationDidFinishLaunching(NS::toNotification(notification)); });
+        macOS::enter([&] { delegate->applicationDidFinishLaunching(macOS::toNotification(notification)); });
     }
 }
 
 - (void)applicationWillTerminate:(NSNotification*)notification {
     if (const auto delegate = _delegate.lock()) {
-        NS::enter([&] { delegate->applicationWillTerminate(NS::toNotification(notification)); });
+        macOS::enter([&] { delegate->applicationWillTerminate(macOS::toNotification(notification)); });
     }
 }
 
 @end
 
 namespace NS {
+
+using namespace macOS;
 
 static_assert(static_cast<long>(ApplicationActivationPolicy::Regular) == NSApplicationActivationPolicyRegular);
 static_assert(static_cast<long>(ApplicationActivationPolicy::Accessory) == NSApplicationActivationPolicyAccessory);

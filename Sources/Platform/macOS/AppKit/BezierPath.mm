@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 static_assert(static_cast<NSUInteger>(LineCapStyle::Butt) == NSLineCapStyleButt);
 static_assert(static_cast<NSUInteger>(LineCapStyle::Round) == NSLineCapStyleRound);
 static_assert(static_cast<NSUInteger>(LineCapStyle::Square) == NSLineCapStyleSquare);

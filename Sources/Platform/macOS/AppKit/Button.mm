@@ -7,6 +7,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 static_assert(static_cast<NSUInteger>(BezelStyle::Rounded) == NSBezelStyleRounded);
 
 Button Button::buttonWithTitle(const std::string& title, std::function<void()> action) {

@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 Color Color::colorWithCalibratedRed(double red, double green, double blue, double alpha) {
     return handle<Color>([NSColor colorWithCalibratedRed:red green:green blue:blue alpha:alpha]);
 }

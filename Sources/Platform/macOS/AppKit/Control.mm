@@ -5,6 +5,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 static_assert(static_cast<long>(ControlStateValue::Off) == NSControlStateValueOff);
 static_assert(static_cast<long>(ControlStateValue::On) == NSControlStateValueOn);
 

@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 static_assert(static_cast<NSUInteger>(DatePickerStyle::TextFieldAndStepper) == NSDatePickerStyleTextFieldAndStepper);
 static_assert(static_cast<NSUInteger>(DatePickerElementFlags::HourMinute) == NSDatePickerElementFlagHourMinute);
 

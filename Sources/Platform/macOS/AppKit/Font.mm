@@ -4,7 +4,7 @@
 
 #import <AppKit/AppKit.h>
 
-namespace NS {
+namespace macOS {
 
 namespace {
 
@@ -20,11 +20,17 @@ NSFontWeight toNSFontWeight(FontWeight weight) {
 
 } // namespace
 
+} // namespace macOS
+
+namespace NS {
+
+using namespace macOS;
+
 Font Font::systemFontOfSize(double size) {
     return handle<Font>([NSFont systemFontOfSize:size]);
 }
 
-Font Font::systemFontOfSizeWeight(double size, FontWeight weight) {
+Font Font::systemFontOfSize(double size, FontWeight weight) {
     return handle<Font>([NSFont systemFontOfSize:size weight:toNSFontWeight(weight)]);
 }
 

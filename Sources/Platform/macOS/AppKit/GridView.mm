@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 static_assert(static_cast<long>(GridCellPlacement::Inherited) == NSGridCellPlacementInherited);
 static_assert(static_cast<long>(GridCellPlacement::Leading) == NSGridCellPlacementLeading);
 static_assert(static_cast<long>(GridCellPlacement::Trailing) == NSGridCellPlacementTrailing);

@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 Image Image::imageWithSize(const Size& size, bool flipped, std::function<bool(const Rect&)> handler) {
     // The block copies the handler, and the image keeps the block: it may draw later and on any thread.
     return handle<Image>([NSImage imageWithSize:toNSSize(size)

@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 ImageView ImageView::imageViewWithImage(const Image& image) {
     return handle<ImageView>([NSImageView imageViewWithImage:object<NSImage>(image)]);
 }

@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 void LayoutConstraint::activateConstraints(const std::vector<LayoutConstraint>& constraints) {
     [NSLayoutConstraint activateConstraints:toNSArray(constraints)];
 }

@@ -7,14 +7,17 @@
 
 namespace NS {
 
-MenuItem::MenuItem(const std::string& title, std::function<void()> action, const std::string& keyEquivalent) {
+using namespace macOS;
+
+MenuItem MenuItem::initWithTitle(const std::string& title, std::function<void()> action,
+                                 const std::string& keyEquivalent) {
     NSMenuItem* item = [[NSMenuItem alloc] initWithTitle:toNSString(title)
                                                   action:nil
                                            keyEquivalent:toNSString(keyEquivalent)];
     if (action) {
         setActionFunction(item, std::move(action));
     }
-    *this = handle<MenuItem>(item);
+    return handle<MenuItem>(item);
 }
 
 MenuItem MenuItem::separatorItem() {
@@ -45,8 +48,8 @@ bool MenuItem::isEnabled() const {
     return [object<NSMenuItem>(*this) isEnabled];
 }
 
-Menu Menu::menu() {
-    return handle<Menu>([[NSMenu alloc] initWithTitle:@""]);
+Menu Menu::initWithTitle(const std::string& title) {
+    return handle<Menu>([[NSMenu alloc] initWithTitle:toNSString(title)]);
 }
 
 void Menu::addItem(const MenuItem& item) {

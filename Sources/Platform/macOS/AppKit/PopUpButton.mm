@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 PopUpButton PopUpButton::initWithFrame(const Rect& frame, bool pullsDown) {
     return handle<PopUpButton>([[NSPopUpButton alloc] initWithFrame:toNSRect(frame) pullsDown:pullsDown]);
 }

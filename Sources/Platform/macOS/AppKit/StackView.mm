@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 static_assert(static_cast<long>(UserInterfaceLayoutOrientation::Horizontal) ==
               NSUserInterfaceLayoutOrientationHorizontal);
 static_assert(static_cast<long>(UserInterfaceLayoutOrientation::Vertical) == NSUserInterfaceLayoutOrientationVertical);
@@ -44,7 +46,7 @@ double StackView::spacing() const {
     return [object<NSStackView>(*this) spacing];
 }
 
-void StackView::setCustomSpacingAfterView(double spacing, const View& view) {
+void StackView::setCustomSpacing(double spacing, const View& view) {
     [object<NSStackView>(*this) setCustomSpacing:spacing afterView:object<NSView>(view)];
 }
 

@@ -7,6 +7,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 static_assert(static_cast<NSUInteger>(StatusItemBehavior::RemovalAllowed) == NSStatusItemBehaviorRemovalAllowed);
 static_assert(static_cast<NSUInteger>(StatusItemBehavior::TerminationOnRemoval) ==
               NSStatusItemBehaviorTerminationOnRemoval);

@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 Switch Switch::initWithFrame(const Rect& frame) {
     return handle<Switch>([[NSSwitch alloc] initWithFrame:toNSRect(frame)]);
 }

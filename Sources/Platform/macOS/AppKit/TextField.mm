@@ -4,7 +4,7 @@
 
 #import <AppKit/AppKit.h>
 
-namespace NS {
+namespace macOS {
 
 namespace {
 
@@ -28,6 +28,12 @@ TextAlignment toTextAlignment(NSTextAlignment alignment) {
 }
 
 } // namespace
+
+} // namespace macOS
+
+namespace NS {
+
+using namespace macOS;
 
 TextField TextField::labelWithString(const std::string& text) {
     return handle<TextField>([NSTextField labelWithString:toNSString(text)]);

@@ -11,6 +11,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 View View::initWithFrame(const Rect& frame) {
     return handle<View>([[NSView alloc] initWithFrame:toNSRect(frame)]);
 }

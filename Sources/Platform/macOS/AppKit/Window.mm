@@ -6,17 +6,20 @@
 
 namespace NS {
 
+using namespace macOS;
+
 static_assert(static_cast<NSUInteger>(WindowStyleMask::Titled) == NSWindowStyleMaskTitled);
 static_assert(static_cast<NSUInteger>(WindowStyleMask::Closable) == NSWindowStyleMaskClosable);
-static_assert(static_cast<NSUInteger>(BackingStore::Buffered) == NSBackingStoreBuffered);
+static_assert(static_cast<NSUInteger>(BackingStoreType::Buffered) == NSBackingStoreBuffered);
 static_assert(static_cast<long>(WindowTitleVisibility::Visible) == NSWindowTitleVisible);
 static_assert(static_cast<long>(WindowTitleVisibility::Hidden) == NSWindowTitleHidden);
 
-Window::Window(const Rect& contentRect, WindowStyleMask style, BackingStore backing, bool defer) {
-    *this = handle<Window>([[NSWindow alloc] initWithContentRect:toNSRect(contentRect)
-                                                       styleMask:static_cast<NSWindowStyleMask>(style)
-                                                         backing:static_cast<NSBackingStoreType>(backing)
-                                                           defer:defer]);
+Window Window::initWithContentRect(const Rect& contentRect, WindowStyleMask style, BackingStoreType backing,
+                                   bool defer) {
+    return handle<Window>([[NSWindow alloc] initWithContentRect:toNSRect(contentRect)
+                                                      styleMask:static_cast<NSWindowStyleMask>(style)
+                                                        backing:static_cast<NSBackingStoreType>(backing)
+                                                          defer:defer]);
 }
 
 WindowStyleMask Window::styleMask() const {

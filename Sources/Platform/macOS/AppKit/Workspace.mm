@@ -6,7 +6,9 @@
 
 namespace NS {
 
-const std::string& WorkspaceDidWakeNotification() {
+using namespace macOS;
+
+const std::string& NotificationName::WorkspaceDidWake() {
     static const std::string name = toString(NSWorkspaceDidWakeNotification);
     return name;
 }

@@ -7,11 +7,13 @@
 
 namespace NS {
 
-DispatchQueue DispatchQueue::mainQueue() {
+using namespace macOS;
+
+DispatchQueue DispatchQueue::main() {
     return handle<DispatchQueue>(dispatch_get_main_queue());
 }
 
-DispatchQueue DispatchQueue::globalQueue() {
+DispatchQueue DispatchQueue::global() {
     return handle<DispatchQueue>(dispatch_get_global_queue(QOS_CLASS_DEFAULT, 0));
 }
 

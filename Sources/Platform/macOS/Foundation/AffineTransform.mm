@@ -4,11 +4,13 @@
 
 namespace NS {
 
+using namespace macOS;
+
 AffineTransform AffineTransform::transform() {
     return handle<AffineTransform>([NSAffineTransform transform]);
 }
 
-void AffineTransform::translateXByYBy(double x, double y) {
+void AffineTransform::translateXBy(double x, double y) {
     [object<NSAffineTransform>(*this) translateXBy:x yBy:y];
 }
 

@@ -4,6 +4,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 Bundle Bundle::mainBundle() {
     return handle<Bundle>([NSBundle mainBundle]);
 }

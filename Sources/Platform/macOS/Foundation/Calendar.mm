@@ -2,7 +2,7 @@
 
 #include "Platform/macOS/Conversions.h"
 
-namespace NS {
+namespace macOS {
 
 namespace {
 
@@ -31,6 +31,15 @@ std::optional<Date> toOptionalDate(NSDate* date) {
 
 } // namespace
 
+} // namespace macOS
+
+namespace NS {
+
+using namespace macOS;
+
+static_assert(static_cast<NSUInteger>(CalendarUnit::Hour) == NSCalendarUnitHour);
+static_assert(static_cast<NSUInteger>(CalendarUnit::Minute) == NSCalendarUnitMinute);
+
 Calendar Calendar::currentCalendar() {
     return handle<Calendar>([NSCalendar currentCalendar]);
 }
@@ -49,10 +58,8 @@ std::optional<Date> Calendar::dateBySettingHour(long hour, long minute, long sec
                                                                options:policies]);
 }
 
-DateComponents Calendar::hourAndMinuteOfDate(const Date& date) const {
-    NSDateComponents* components = [object<NSCalendar>(*this) components:NSCalendarUnitHour | NSCalendarUnitMinute
-                                                                fromDate:toNSDate(date)];
-    return {.hour = [components hour], .minute = [components minute], .second = std::nullopt};
+long Calendar::component(CalendarUnit unit, const Date& date) const {
+    return [object<NSCalendar>(*this) component:static_cast<NSCalendarUnit>(unit) fromDate:toNSDate(date)];
 }
 
 } // namespace NS

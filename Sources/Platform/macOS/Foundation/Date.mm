@@ -4,6 +4,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 Date Date::date() {
     return toDate([NSDate date]);
 }

@@ -4,6 +4,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 FileHandle FileHandle::fileHandleWithNullDevice() {
     return handle<FileHandle>([NSFileHandle fileHandleWithNullDevice]);
 }

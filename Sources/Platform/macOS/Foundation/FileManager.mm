@@ -4,6 +4,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 FileManager FileManager::defaultManager() {
     return handle<FileManager>([NSFileManager defaultManager]);
 }
@@ -41,10 +43,10 @@ bool FileManager::createDirectoryAtURL(const URL& url, bool withIntermediateDire
                                                         error:nil];
 }
 
-bool FileManager::setPosixPermissions(unsigned permissions, const std::string& path) const {
-    NSMutableDictionary<NSFileAttributeKey, id>* attributes = [NSMutableDictionary dictionaryWithCapacity:1];
-    [attributes setObject:[NSNumber numberWithUnsignedInt:permissions] forKey:NSFilePosixPermissions];
-    return [object<NSFileManager>(*this) setAttributes:attributes ofItemAtPath:toNSString(path) error:nil];
+bool FileManager::setAttributes(const FileAttributes& attributes, const std::string& path) const {
+    NSMutableDictionary<NSFileAttributeKey, id>* dictionary = [NSMutableDictionary dictionaryWithCapacity:1];
+    [dictionary setObject:[NSNumber numberWithUnsignedInt:attributes.posixPermissions] forKey:NSFilePosixPermissions];
+    return [object<NSFileManager>(*this) setAttributes:dictionary ofItemAtPath:toNSString(path) error:nil];
 }
 
 bool writeToURL(const std::string& text, const URL& url) {

@@ -4,6 +4,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 std::vector<std::string> Locale::preferredLanguages() {
     std::vector<std::string> languages;
     forEach([NSLocale preferredLanguages], [&](NSString* language) { languages.push_back(toString(language)); });

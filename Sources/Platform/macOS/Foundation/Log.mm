@@ -4,6 +4,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 void Log(const std::string& line) {
     NSLog(@"%@", toNSString(line)); // never the line as a format
 }

@@ -4,7 +4,7 @@
 
 #include <dispatch/dispatch.h>
 
-namespace NS {
+namespace macOS {
 
 namespace {
 
@@ -29,12 +29,18 @@ void deliver(NSNotification* notification, Block block) {
 
 } // namespace
 
-const std::string& SystemClockDidChangeNotification() {
+} // namespace macOS
+
+namespace NS {
+
+using namespace macOS;
+
+const std::string& NotificationName::SystemClockDidChange() {
     static const std::string name = toString(NSSystemClockDidChangeNotification);
     return name;
 }
 
-const std::string& SystemTimeZoneDidChangeNotification() {
+const std::string& NotificationName::SystemTimeZoneDidChange() {
     static const std::string name = toString(NSSystemTimeZoneDidChangeNotification);
     return name;
 }

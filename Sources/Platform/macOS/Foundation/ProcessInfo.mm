@@ -4,6 +4,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 ProcessInfo ProcessInfo::processInfo() {
     return handle<ProcessInfo>([NSProcessInfo processInfo]);
 }

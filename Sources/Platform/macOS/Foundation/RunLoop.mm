@@ -4,11 +4,13 @@
 
 namespace NS {
 
+using namespace macOS;
+
 RunLoop RunLoop::mainRunLoop() {
     return handle<RunLoop>([NSRunLoop mainRunLoop]);
 }
 
-void RunLoop::addTimerForCommonModes(const Timer& timer) {
+void RunLoop::addTimer(const Timer& timer, RunLoopMode) {
     [object<NSRunLoop>(*this) addTimer:object<NSTimer>(timer) forMode:NSRunLoopCommonModes];
 }
 

@@ -4,7 +4,9 @@
 
 namespace NS {
 
-Task Task::task() {
+using namespace macOS;
+
+Task Task::init() {
     return handle<Task>([[NSTask alloc] init]);
 }
 

@@ -4,7 +4,9 @@
 
 namespace NS {
 
-Timer Timer::timerWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block) {
+using namespace macOS;
+
+Timer Timer::initWithFireDate(const Date& fireDate, double interval, bool repeats, std::function<void()> block) {
     // What runs is a copy: it may invalidate the timer, which then lets go of its block.
     return handle<Timer>([[NSTimer alloc] initWithFireDate:toNSDate(fireDate)
                                                   interval:interval

@@ -4,6 +4,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 URL URL::URLWithString(const std::string& text) {
     return handle<URL>([NSURL URLWithString:toNSString(text)]);
 }

@@ -6,17 +6,12 @@
 
 #include <dispatch/dispatch.h>
 
-namespace NS {
-
-static_assert(static_cast<NSUInteger>(URLRequestCachePolicy::UseProtocolCachePolicy) ==
-              NSURLRequestUseProtocolCachePolicy);
-static_assert(static_cast<NSUInteger>(URLRequestCachePolicy::ReloadIgnoringLocalCacheData) ==
-              NSURLRequestReloadIgnoringLocalCacheData);
+namespace macOS {
 
 namespace {
 
 NSURLRequest* toNSURLRequest(const URLRequest& request) {
-    return [NSURLRequest requestWithURL:object<NSURL>(request.URL)
+    return [NSURLRequest requestWithURL:object<NSURL>(request.url)
                             cachePolicy:static_cast<NSURLRequestCachePolicy>(request.cachePolicy)
                         timeoutInterval:request.timeoutInterval];
 }
@@ -41,7 +36,7 @@ std::optional<URLSessionDownload> downloadAnswer(NSURL* location, NSURLResponse*
         return std::nullopt;
     }
     const auto fileManager = FileManager::defaultManager();
-    const auto name = UUID::UUIDWithRandomBytes().UUIDString();
+    const auto name = UUID::init().UUIDString();
     const auto kept = fileManager.temporaryDirectory().URLByAppendingPathComponent(name);
     if (!fileManager.moveItemAtURL(handle<URL>(location), kept)) {
         return std::nullopt;
@@ -55,6 +50,17 @@ void resumeAndWait(NSURLSessionTask* task, dispatch_semaphore_t ended) {
 }
 
 } // namespace
+
+} // namespace macOS
+
+namespace NS {
+
+using namespace macOS;
+
+static_assert(static_cast<NSUInteger>(URLRequestCachePolicy::UseProtocolCachePolicy) ==
+              NSURLRequestUseProtocolCachePolicy);
+static_assert(static_cast<NSUInteger>(URLRequestCachePolicy::ReloadIgnoringLocalCacheData) ==
+              NSURLRequestReloadIgnoringLocalCacheData);
 
 URLSession URLSession::sharedSession() {
     return handle<URLSession>([NSURLSession sharedSession]);

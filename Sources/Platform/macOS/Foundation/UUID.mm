@@ -4,7 +4,9 @@
 
 namespace NS {
 
-UUID UUID::UUIDWithRandomBytes() {
+using namespace macOS;
+
+UUID UUID::init() {
     return handle<UUID>([NSUUID UUID]);
 }
 

@@ -4,6 +4,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 UserDefaults UserDefaults::standardUserDefaults() {
     return handle<UserDefaults>([NSUserDefaults standardUserDefaults]);
 }
@@ -33,15 +35,15 @@ bool UserDefaults::objectIsForcedForKey(const std::string& key) const {
     return [object<NSUserDefaults>(*this) objectIsForcedForKey:toNSString(key)];
 }
 
-void UserDefaults::setBoolForKey(bool value, const std::string& key) {
+void UserDefaults::setBool(bool value, const std::string& key) {
     [object<NSUserDefaults>(*this) setBool:value forKey:toNSString(key)];
 }
 
-void UserDefaults::setIntegerForKey(std::int64_t value, const std::string& key) {
+void UserDefaults::setInteger(std::int64_t value, const std::string& key) {
     [object<NSUserDefaults>(*this) setInteger:value forKey:toNSString(key)];
 }
 
-void UserDefaults::setObjectForKey(const std::optional<PropertyListValue>& value, const std::string& key) {
+void UserDefaults::setObject(const std::optional<PropertyListValue>& value, const std::string& key) {
     // Storing nil removes the key.
     [object<NSUserDefaults>(*this) setObject:value ? toPropertyList(*value) : nil forKey:toNSString(key)];
 }

@@ -6,6 +6,8 @@
 
 namespace NS {
 
+using namespace macOS;
+
 static_assert(static_cast<long>(AppServiceStatus::NotRegistered) == SMAppServiceStatusNotRegistered);
 static_assert(static_cast<long>(AppServiceStatus::Enabled) == SMAppServiceStatusEnabled);
 static_assert(static_cast<long>(AppServiceStatus::RequiresApproval) == SMAppServiceStatusRequiresApproval);

@@ -120,15 +120,13 @@ void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
 
 @interface NSDateComponents : NSObject
 - (void)setHour:(NSInteger)hour;
-- (NSInteger)hour;
 - (void)setMinute:(NSInteger)minute;
-- (NSInteger)minute;
 - (void)setSecond:(NSInteger)second;
 @end
 
 @interface NSCalendar : NSObject
 + (NSCalendar*)currentCalendar;
-- (NSDateComponents*)components:(NSCalendarUnit)units fromDate:(NSDate*)date;
+- (NSInteger)component:(NSCalendarUnit)unit fromDate:(NSDate*)date;
 - (nullable NSDate*)nextDateAfterDate:(NSDate*)date
                    matchingComponents:(NSDateComponents*)components
                               options:(NSCalendarOptions)options;
