@@ -15,5 +15,8 @@ else()
     # Homebrew's library is for one processor, unlike the program that is tested.
     set_target_properties(PortableTests PROPERTIES OSX_ARCHITECTURES ${CMAKE_HOST_SYSTEM_PROCESSOR})
     # The first start of a new program is looked into by the system, which takes its time.
-    gtest_discover_tests(PortableTests PROPERTIES LABELS unit DISCOVERY_TIMEOUT 60)
+    gtest_discover_tests(PortableTests DISCOVERY_TIMEOUT 60 PROPERTIES LABELS unit FIXTURES_REQUIRED preferences)
+    add_test(NAME Portable.no_preferences_stay
+             COMMAND sh -c "defaults delete PortableTests; rm -f ~/Library/Preferences/PortableTests.plist")
+    set_tests_properties(Portable.no_preferences_stay PROPERTIES LABELS unit FIXTURES_CLEANUP preferences)
 endif()

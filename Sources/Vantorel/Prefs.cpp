@@ -7,7 +7,8 @@
 namespace Prefs {
 
 NS::UserDefaults& d() {
-    static NS::UserDefaults defaults = NS::UserDefaults::standardUserDefaults();
+    static auto& defaults =
+        *new NS::UserDefaults(NS::UserDefaults::standardUserDefaults()); // workers may outlast statics
     return defaults;
 }
 

@@ -112,6 +112,7 @@ void SettingsWindowController::show() {
     window_.center();
     NS::Application::sharedApplication().activateIgnoringOtherApps(true);
     window_.makeKeyAndOrderFront();
+    window_.orderFrontRegardless(); // from macOS 14 on, to activate is a wish
 }
 
 void SettingsWindowController::buildWindow() {

@@ -6,6 +6,12 @@
 
 #include <utility>
 
+namespace {
+
+constexpr unsigned long rightButton = 1UL << 1;
+
+} // namespace
+
 std::shared_ptr<StatusItemController> StatusItemController::create(std::shared_ptr<SleepGuard> sleepGuard) {
     std::shared_ptr<StatusItemController> controller(new StatusItemController(std::move(sleepGuard)));
     controller->connect();
@@ -45,11 +51,19 @@ void StatusItemController::refreshIcon() {
     button.setToolTip(L10n::t(active ? "menu.statusOn" : "menu.statusOff"));
 }
 
+// From macOS 27 on, the event of the action may be another one than the click, typically a movement of the mouse.
+bool StatusItemController::wantsMenu(const std::optional<NS::Event>& event, unsigned long pressedButtons,
+                                     NS::EventModifierFlags modifiers) {
+    if (event && (event->type == NS::EventType::LeftMouseUp || event->type == NS::EventType::RightMouseUp)) {
+        return event->type == NS::EventType::RightMouseUp ||
+               contains(event->modifierFlags, NS::EventModifierFlags::Control);
+    }
+    return (pressedButtons & rightButton) != 0 || contains(modifiers, NS::EventModifierFlags::Control);
+}
+
 void StatusItemController::statusItemClicked() {
-    const auto event = NS::Application::sharedApplication().currentEvent();
-    const bool wantsMenu = event && (event->type == NS::EventType::RightMouseUp ||
-                                     contains(event->modifierFlags, NS::EventModifierFlags::Control));
-    if (!wantsMenu) {
+    if (!wantsMenu(NS::Application::sharedApplication().currentEvent(), NS::Event::pressedMouseButtons(),
+                   NS::Event::currentModifierFlags())) {
         toggleFromMenu();
         return;
     }

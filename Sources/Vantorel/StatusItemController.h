@@ -1,11 +1,13 @@
 #pragma once
 
+#include "Platform/AppKit/Event.h"
 #include "Platform/AppKit/Menu.h"
 #include "Platform/AppKit/StatusItem.h"
 #include "SleepGuard.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 /// The cup in the menu bar: a click switches the guard, a right click or a Control-click opens the menu.
 /// Main thread only.
@@ -13,6 +15,11 @@ class StatusItemController : public std::enable_shared_from_this<StatusItemContr
 public:
     /// Puts the cup in the bar and makes it follow the guard, replacing the guard's `onChange`.
     static std::shared_ptr<StatusItemController> create(std::shared_ptr<SleepGuard> sleepGuard);
+
+    /// Whether a click asks for the menu: by the event of the action where that is the click, and otherwise by what is
+    /// held down.
+    static bool wantsMenu(const std::optional<NS::Event>& event, unsigned long pressedButtons,
+                          NS::EventModifierFlags modifiers);
 
     /// The button's action.
     void statusItemClicked();

@@ -229,7 +229,8 @@ bool Updater::isInstallable(const Release& release) {
 
 NS::URL Updater::baseURL() {
     const auto environment = NS::ProcessInfo::processInfo().environment();
-    if (const auto base = environment.find(baseVariable); base != environment.end()) {
+    // An empty text is a URL to some systems.
+    if (const auto base = environment.find(baseVariable); base != environment.end() && !base->second.empty()) {
         if (auto url = NS::URL::URLWithString(base->second)) {
             return url;
         }

@@ -69,6 +69,7 @@ void WelcomeWindowController::show() {
 
     NS::Application::sharedApplication().activateIgnoringOtherApps(true);
     window_.makeKeyAndOrderFront();
+    window_.orderFrontRegardless(); // from macOS 14 on, to activate is a wish
 }
 
 NS::StackView WelcomeWindowController::content(Language language) {

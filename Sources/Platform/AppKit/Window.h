@@ -45,6 +45,8 @@ public:
     void center();
 
     void makeKeyAndOrderFront();
+    /// In front of the windows of every application, also of the active one.
+    void orderFrontRegardless();
     void orderOut();
     bool isVisible() const;
 

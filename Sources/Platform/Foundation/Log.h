@@ -4,7 +4,8 @@
 
 namespace NS {
 
-/// One line to the system log and to standard error (NSLog). Safe from any thread.
+/// One line to the system log and to standard error (NSLog); a control character in it shows as a space. Safe from any
+/// thread.
 void Log(const std::string& line);
 
 } // namespace NS

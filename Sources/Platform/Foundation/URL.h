@@ -10,7 +10,8 @@ namespace NS {
 /// The address of a resource or of a file (NSURL). It never changes. Safe from any thread.
 class URL : public Object {
 public:
-    /// Absent when the text is no URL. Characters that a URL cannot hold are percent-encoded first.
+    /// Absent when the text is no URL; whether an empty one is differs from system to system. Characters that a path or
+    /// query cannot hold are percent-encoded first.
     static URL URLWithString(const std::string& text);
     static URL fileURLWithPath(const std::string& path);
 

@@ -139,6 +139,13 @@ auto enter(const Function& function, Arguments&&... arguments) noexcept {
     }
 }
 
+/// The same for a control's action, without a pool: the action may let go of the control's own window, which AppKit
+/// goes on using until it drains its pool of that event.
+template <class Function>
+void enterAction(const Function& function) noexcept {
+    function();
+}
+
 } // namespace macOS
 
 #pragma clang assume_nonnull end

@@ -1,6 +1,5 @@
 #include "Platform/Foundation/Log.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -23,12 +22,6 @@ TEST(Log, ALineSaysWhenAndWho) {
         logged("100% of %s"),
         "[0-9]+-[0-9][0-9]-[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]\\.[0-9][0-9][0-9] " + who + "100% of %s\n"))
         << logged("100% of %s");
-}
-
-TEST(Log, ControlCharactersCannotBreakTheLine) {
-    const auto line = logged("one\ntwo\r\nthree\x1b[2Jé\x7f");
-    EXPECT_TRUE(line.ends_with("] one two  three [2Jé \n")) << line;
-    EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1) << line;
 }
 
 TEST(Log, LinesOfManyThreadsStayWhole) {

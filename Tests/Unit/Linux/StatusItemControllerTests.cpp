@@ -1,6 +1,7 @@
 #include "StatusItemController.h"
 
 #include "Platform/AppKit/Application.h"
+#include "Platform/Linux/AppKit/CurrentEvent.h"
 #include "Prefs.h"
 #include "Seam/Bar.h"
 #include "Seam/Power.h"
@@ -93,6 +94,12 @@ TEST_F(StatusItemControllerTest, TogglingWorksWithoutCallbacks) {
 
 TEST_F(StatusItemControllerTest, WithoutACurrentEventTheActionToggles) {
     ASSERT_FALSE(NS::Application::sharedApplication().currentEvent());
+    controller->statusItemClicked();
+    EXPECT_TRUE(sleepGuard->isActive());
+}
+
+TEST_F(StatusItemControllerTest, AnEventThatIsNoClickTogglesWhileNothingElseIsHeldDown) {
+    const Linux::CurrentEvent movement({EventType::MouseMoved, EventModifierFlags::Control});
     controller->statusItemClicked();
     EXPECT_TRUE(sleepGuard->isActive());
 }

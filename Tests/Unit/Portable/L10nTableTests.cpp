@@ -53,6 +53,7 @@ TEST(L10nTable, IsBuiltOnce) {
 
 TEST(L10nTableDeathTest, AKeyThatComesTwiceIsFatal) {
     const std::array<std::pair<std::string_view, L10n::Text>, 2> rows = {{{"a", {"1", "2"}}, {"a", {"3", "4"}}}};
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(L10n::makeTable(rows), "twice");
 }
 

@@ -7,7 +7,10 @@ namespace {
 
 class PrefsTest : public testing::Test {
 protected:
-    PrefsTest() {
+    PrefsTest() { clear(); }
+    ~PrefsTest() override { clear(); }
+
+    static void clear() {
         for (const char* key : {Prefs::appLanguage, Prefs::launchAtLogin, Prefs::autoUpdate, Prefs::scheduleEnabled,
                                 Prefs::scheduleOnMinutes, Prefs::scheduleOffMinutes, Prefs::updateAttemptsByVersion}) {
             Prefs::d().setObject(std::nullopt, key);
@@ -92,7 +95,10 @@ TEST_F(PrefsTest, AttemptsThatAreNoDictionaryReadAsNoneAndStartFromOne) {
     EXPECT_EQ(Prefs::updateAttempts("1.2.0"), 1);
 }
 
-using PrefsDeathTest = PrefsTest;
+// A program of its own: on a Mac a forked one may not use the frameworks.
+struct PrefsDeathTest : PrefsTest {
+    PrefsDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
 
 TEST_F(PrefsDeathTest, ACountThatOverflowsIsFatal) {
     storeAttempts(NS::Dictionary{{"1.2.0", std::numeric_limits<std::int64_t>::max()}});

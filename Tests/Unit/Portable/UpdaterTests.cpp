@@ -1,6 +1,7 @@
 #include "Support/Matches.h"
 #include "Updater.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <random>
 #include <sstream>
@@ -243,6 +244,30 @@ TEST(UpdaterManifest, EndlessNestingIsNoManifest) {
     const std::string deep(1'000'000, '[');
     EXPECT_FALSE(Updater::parseManifest(deep));
     EXPECT_FALSE(Updater::parseManifest(latest(required + R"(, "x": )" + deep)));
+}
+
+struct UpdaterBase : testing::Test {
+    ~UpdaterBase() override { before ? setenv(variable, before->c_str(), 1) : unsetenv(variable); }
+
+    static std::string baseFor(const char* value) {
+        setenv(variable, value, 1);
+        return Updater::baseURL().absoluteString();
+    }
+
+    static constexpr char variable[] = "KORVEX_UPDATE_BASE";
+    const std::optional<std::string> before =
+        std::getenv(variable) ? std::optional<std::string>(std::getenv(variable)) : std::nullopt;
+};
+
+TEST_F(UpdaterBase, IsTheBuiltInOneUnlessTheEnvironmentNamesAnother) {
+    EXPECT_EQ(baseFor(""), "https://korvex.example");
+    EXPECT_EQ(baseFor("http://127.0.0.1:1/a"), "http://127.0.0.1:1/a");
+    unsetenv(variable);
+    EXPECT_EQ(Updater::baseURL().absoluteString(), "https://korvex.example");
+}
+
+TEST_F(UpdaterBase, IsPercentEncodedBehindTheHost) {
+    EXPECT_EQ(baseFor("http://127.0.0.1:1/a b/\xC3\xA9%20c"), "http://127.0.0.1:1/a%20b/%C3%A9%20c");
 }
 
 } // namespace

@@ -177,6 +177,12 @@ void Window::makeKeyAndOrderFront() {
     widget->activateWindow();
 }
 
+void Window::orderFrontRegardless() {
+    auto* widget = native(*this).widget;
+    widget->show();
+    widget->raise();
+}
+
 void Window::orderOut() {
     native(*this).widget->hide();
 }

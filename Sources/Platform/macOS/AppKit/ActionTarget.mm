@@ -19,7 +19,7 @@
 - (void)runPlatformAction:(id)__unused sender {
     const auto function = _function; // a copy: the function may give its sender another one, and so end this object
     if (function) {
-        macOS::enter(function);
+        macOS::enterAction(function);
     }
 }
 

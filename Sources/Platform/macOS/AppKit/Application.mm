@@ -44,7 +44,8 @@ static_assert(static_cast<long>(ApplicationActivationPolicy::Accessory) == NSApp
 static_assert(static_cast<long>(ApplicationActivationPolicy::Prohibited) == NSApplicationActivationPolicyProhibited);
 
 Application& Application::sharedApplication() {
-    static auto application = handle<Application>([NSApplication sharedApplication]);
+    static auto& application =
+        *new Application(handle<Application>([NSApplication sharedApplication])); // never destroyed
     return application;
 }
 

@@ -82,6 +82,10 @@ void Window::makeKeyAndOrderFront() {
     [object<NSWindow>(*this) makeKeyAndOrderFront:nil];
 }
 
+void Window::orderFrontRegardless() {
+    [object<NSWindow>(*this) orderFrontRegardless];
+}
+
 void Window::orderOut() {
     [object<NSWindow>(*this) orderOut:nil];
 }

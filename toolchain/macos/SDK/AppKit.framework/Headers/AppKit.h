@@ -19,6 +19,7 @@ typedef NS_ENUM(NSUInteger, NSEventType) {
     NSEventTypeLeftMouseUp = 2,
     NSEventTypeRightMouseDown = 3,
     NSEventTypeRightMouseUp = 4,
+    NSEventTypeMouseMoved = 5,
 };
 
 typedef NS_OPTIONS(unsigned long long, NSEventMask) {
@@ -136,6 +137,8 @@ extern NSNotificationName const NSWorkspaceDidWakeNotification;
 @end
 
 @interface NSEvent : NSObject
++ (NSUInteger)pressedMouseButtons;
++ (NSEventModifierFlags)modifierFlags;
 - (NSUInteger)type; // an NSEventType
 - (NSEventModifierFlags)modifierFlags;
 @end
@@ -361,6 +364,7 @@ extern NSNotificationName const NSWorkspaceDidWakeNotification;
 - (NSRect)frame;
 - (void)center;
 - (void)makeKeyAndOrderFront:(nullable id)sender;
+- (void)orderFrontRegardless;
 - (void)orderOut:(nullable id)sender;
 - (BOOL)isVisible;
 @end

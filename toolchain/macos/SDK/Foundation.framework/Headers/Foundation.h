@@ -67,6 +67,7 @@ void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
 @interface NSString : NSObject
 - (nullable instancetype)initWithData:(NSData*)data encoding:(NSStringEncoding)encoding;
 - (BOOL)isEqualToString:(NSString*)other;
+- (NSString*)lowercaseString;
 - (nullable NSData*)dataUsingEncoding:(NSStringEncoding)encoding allowLossyConversion:(BOOL)lossy;
 - (BOOL)writeToURL:(NSURL*)url
         atomically:(BOOL)atomically
@@ -211,7 +212,12 @@ void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
                timeoutInterval:(NSTimeInterval)timeoutInterval;
 @end
 
+@interface NSMutableURLRequest : NSURLRequest
+- (void)setHTTPShouldHandleCookies:(BOOL)handles;
+@end
+
 @interface NSURLResponse : NSObject
+- (nullable NSURL*)URL;
 @end
 
 @interface NSHTTPURLResponse : NSURLResponse

@@ -1,0 +1,44 @@
+#include "StatusItemController.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using NS::Event;
+using NS::EventModifierFlags;
+using NS::EventType;
+
+constexpr unsigned long none = 0;
+constexpr unsigned long left = 1;
+constexpr unsigned long right = 2;
+
+bool opensMenu(const std::optional<Event>& event, unsigned long pressed,
+               EventModifierFlags modifiers = EventModifierFlags::None) {
+    return StatusItemController::wantsMenu(event, pressed, modifiers);
+}
+
+TEST(StatusItemClick, AMouseUpIsJudgedByItself) {
+    EXPECT_TRUE(opensMenu(Event{EventType::RightMouseUp}, none));
+    EXPECT_TRUE(opensMenu(Event{EventType::LeftMouseUp, EventModifierFlags::Control}, none));
+    EXPECT_FALSE(opensMenu(Event{EventType::LeftMouseUp}, none));
+    EXPECT_FALSE(opensMenu(Event{EventType::LeftMouseUp}, right, EventModifierFlags::Control));
+}
+
+TEST(StatusItemClick, AnotherEventIsJudgedByWhatIsHeldDown) {
+    for (const auto type : {EventType::MouseMoved, EventType::LeftMouseDown, EventType::RightMouseDown}) {
+        EXPECT_TRUE(opensMenu(Event{type}, right));
+        EXPECT_TRUE(opensMenu(Event{type}, left | right));
+        EXPECT_TRUE(opensMenu(Event{type}, left, EventModifierFlags::Control));
+        EXPECT_TRUE(opensMenu(Event{type}, none, EventModifierFlags::Control | EventModifierFlags::Shift));
+        EXPECT_FALSE(opensMenu(Event{type}, left));
+        EXPECT_FALSE(opensMenu(Event{type}, none, EventModifierFlags::Command));
+    }
+}
+
+TEST(StatusItemClick, WithoutAnEventWhatIsHeldDownDecides) {
+    EXPECT_FALSE(opensMenu(std::nullopt, none));
+    EXPECT_TRUE(opensMenu(std::nullopt, right));
+    EXPECT_TRUE(opensMenu(std::nullopt, none, EventModifierFlags::Control));
+}
+
+} // namespace
