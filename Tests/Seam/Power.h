@@ -11,7 +11,7 @@ namespace Seam {
 
 struct Assertion {
     std::string type;
-    NS::IOPMAssertionLevel level = 0;
+    NS::IOPMAssertionLevel level = NS::IOPMAssertionLevel::Off;
     std::string name;
 };
 

@@ -14,7 +14,7 @@ namespace NS {
 class Task : public Object {
 public:
     /// One that has yet to be launched, with this process's own input, output and error.
-    static Task task();
+    static Task init();
 
     void setExecutableURL(const URL& url);
     /// Without the program's own name, which is the executable's path.

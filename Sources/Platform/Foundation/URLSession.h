@@ -35,8 +35,9 @@ struct URLSessionDownload {
     std::optional<HTTPURLResponse> response;
 };
 
-/// Transfers (NSURLSession). They follow redirects, but never from HTTPS to plain HTTP. Safe from any thread; the
-/// transfers themselves block the calling one, which must not be the main thread.
+/// Transfers (NSURLSession), without cookies. They follow redirects; what was asked for over HTTPS and came over plain
+/// HTTP is no answer. Safe from any thread; the transfers themselves block the calling one, which must not be the main
+/// thread.
 class URLSession : public Object {
 public:
     static URLSession sharedSession();

@@ -98,23 +98,24 @@ std::vector<Handle> toHandles(NSArray* array) {
     return handles;
 }
 
-inline NSPoint toNSPoint(const Point& point) {
+// With their namespace: Carbon has these three names too.
+inline NSPoint toNSPoint(const NS::Point& point) {
     return {point.x, point.y};
 }
 
-inline NSSize toNSSize(const Size& size) {
+inline NSSize toNSSize(const NS::Size& size) {
     return {size.width, size.height};
 }
 
-inline Size toSize(NSSize size) {
+inline NS::Size toSize(NSSize size) {
     return {size.width, size.height};
 }
 
-inline NSRect toNSRect(const Rect& rect) {
+inline NSRect toNSRect(const NS::Rect& rect) {
     return {toNSPoint(rect.origin), toNSSize(rect.size)};
 }
 
-inline Rect toRect(NSRect rect) {
+inline NS::Rect toRect(NSRect rect) {
     return {{rect.origin.x, rect.origin.y}, toSize(rect.size)};
 }
 

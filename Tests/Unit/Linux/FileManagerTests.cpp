@@ -1,7 +1,5 @@
 #include "Platform/Foundation/FileManager.h"
 
-#include "Platform/Foundation/PropertyListValue.h"
-
 #include <QDir>
 #include <QTemporaryDir>
 #include <cstdlib>
@@ -16,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct FileManagerTest : testing::Test {
+struct FileManagerOnLinux : testing::Test {
     static NS::URL url(const fs::path& path) { return NS::URL::fileURLWithPath(path.string()); }
     static void write(const fs::path& file, const std::string& text) { std::ofstream(file) << text; }
     static std::string read(const fs::path& file) {
@@ -29,7 +27,7 @@ struct FileManagerTest : testing::Test {
     NS::FileManager manager = NS::FileManager::defaultManager();
 };
 
-TEST_F(FileManagerTest, TheTemporaryDirectoryIsTheUsersChoiceWhenItIsPrivate) {
+TEST_F(FileManagerOnLinux, TheTemporaryDirectoryIsTheUsersChoiceWhenItIsPrivate) {
     fs::create_directory(folder / "a b%41");
     fs::permissions(folder / "a b%41", fs::perms::owner_all);
     setenv("TMPDIR", (folder / "a b%41").c_str(), 1);
@@ -38,7 +36,7 @@ TEST_F(FileManagerTest, TheTemporaryDirectoryIsTheUsersChoiceWhenItIsPrivate) {
     EXPECT_EQ(manager.temporaryDirectory().path(), folder / "a b%41");
 }
 
-TEST_F(FileManagerTest, OtherwiseTheTemporaryDirectoryIsAFolderOfOursThatOnlyTheUserCanRead) {
+TEST_F(FileManagerOnLinux, OtherwiseTheTemporaryDirectoryIsAFolderOfOursThatOnlyTheUserCanRead) {
     setenv("XDG_CACHE_HOME", (folder / "caches").c_str(), 1);
     fs::create_directory(folder / "shared");
     write(folder / "file", "");
@@ -59,7 +57,7 @@ TEST_F(FileManagerTest, OtherwiseTheTemporaryDirectoryIsAFolderOfOursThatOnlyThe
     EXPECT_EQ(fs::path(manager.temporaryDirectory().path()).parent_path(), folder / "caches");
 }
 
-TEST_F(FileManagerTest, ATemporaryDirectoryOfAnotherUserIsNotTaken) {
+TEST_F(FileManagerOnLinux, ATemporaryDirectoryOfAnotherUserIsNotTaken) {
     if (geteuid() != 0) {
         setenv("TMPDIR", "/", 1); // root's
     } else {
@@ -67,63 +65,6 @@ TEST_F(FileManagerTest, ATemporaryDirectoryOfAnotherUserIsNotTaken) {
         setenv("TMPDIR", folder.c_str(), 1);
     }
     EXPECT_NE(manager.temporaryDirectory().path(), std::getenv("TMPDIR"));
-}
-
-TEST_F(FileManagerTest, ExistenceFollowsLinks) {
-    write(folder / "file", "");
-    fs::create_symlink("file", folder / "link");
-    fs::create_symlink("missing", folder / "dangling");
-    EXPECT_TRUE(manager.fileExistsAtPath(folder));
-    EXPECT_TRUE(manager.fileExistsAtPath(folder / "file"));
-    EXPECT_TRUE(manager.fileExistsAtPath(folder / "link"));
-    EXPECT_FALSE(manager.fileExistsAtPath(folder / "dangling"));
-    EXPECT_FALSE(manager.fileExistsAtPath(""));
-}
-
-TEST_F(FileManagerTest, ALinkHasADestinationAndNothingElseHas) {
-    write(folder / "file", "");
-    fs::create_symlink("missing", folder / "dangling");
-    EXPECT_EQ(manager.destinationOfSymbolicLinkAtPath(folder / "dangling"), "missing");
-    EXPECT_EQ(manager.destinationOfSymbolicLinkAtPath(folder / "file"), std::nullopt);
-    EXPECT_EQ(manager.destinationOfSymbolicLinkAtPath(folder / "missing"), std::nullopt);
-}
-
-TEST_F(FileManagerTest, WhatIsMissingIsNotWritable) {
-    EXPECT_TRUE(manager.isWritableFileAtPath(folder));
-    EXPECT_FALSE(manager.isWritableFileAtPath(folder / "missing"));
-}
-
-TEST_F(FileManagerTest, RemovingTakesAFolderWithAllThatIsInIt) {
-    fs::create_directories(folder / "x/y/z");
-    write(folder / "x/y/file", "");
-    write(folder / "outside", "");
-    fs::create_symlink(folder / "outside", folder / "x/link");
-    EXPECT_TRUE(manager.removeItemAtURL(url(folder / "x")));
-    EXPECT_FALSE(fs::exists(folder / "x"));
-    EXPECT_TRUE(fs::exists(folder / "outside"));
-    EXPECT_FALSE(manager.removeItemAtURL(url(folder / "x")));
-}
-
-TEST_F(FileManagerTest, RemovingALinkLeavesItsDestination) {
-    fs::create_directory(folder / "x");
-    write(folder / "x/file", "");
-    fs::create_symlink("x", folder / "link");
-    EXPECT_TRUE(manager.removeItemAtURL(url(folder / "link")));
-    EXPECT_TRUE(fs::exists(folder / "x/file"));
-    EXPECT_FALSE(fs::exists(fs::symlink_status(folder / "link")));
-}
-
-TEST_F(FileManagerTest, MovingTakesTheFileAndReplacesNothing) {
-    write(folder / "a", "text");
-    EXPECT_TRUE(manager.moveItemAtURL(url(folder / "a"), url(folder / "b")));
-    EXPECT_EQ(read(folder / "b"), "text");
-    EXPECT_FALSE(fs::exists(folder / "a"));
-    write(folder / "a", "other");
-    EXPECT_FALSE(manager.moveItemAtURL(url(folder / "a"), url(folder / "b")));
-    EXPECT_EQ(read(folder / "b"), "text");
-    EXPECT_EQ(read(folder / "a"), "other");
-    EXPECT_FALSE(manager.moveItemAtURL(url(folder / "missing"), url(folder / "c")));
-    EXPECT_FALSE(manager.moveItemAtURL(url(folder / "a"), url(folder / "missing/c")));
 }
 
 /// A folder on another volume than the temporary one.
@@ -141,7 +82,7 @@ struct OtherVolume {
     fs::path folder = home.path().toStdString();
 };
 
-TEST_F(FileManagerTest, MovingGoesToAnotherVolumeToo) {
+TEST_F(FileManagerOnLinux, MovingGoesToAnotherVolumeToo) {
     const OtherVolume other;
     ASSERT_TRUE(other.isOther);
     fs::create_directory(folder / "x");
@@ -155,7 +96,7 @@ TEST_F(FileManagerTest, MovingGoesToAnotherVolumeToo) {
     EXPECT_EQ(fs::read_symlink(other.folder / "y/link"), "file");
 }
 
-TEST_F(FileManagerTest, MovingToAnotherVolumeReplacesNothing) {
+TEST_F(FileManagerOnLinux, MovingToAnotherVolumeReplacesNothing) {
     const OtherVolume other;
     ASSERT_TRUE(other.isOther);
     write(folder / "a", "text");
@@ -163,47 +104,6 @@ TEST_F(FileManagerTest, MovingToAnotherVolumeReplacesNothing) {
     EXPECT_FALSE(manager.moveItemAtURL(url(folder / "a"), url(other.folder / "b")));
     EXPECT_EQ(read(other.folder / "b"), "there");
     EXPECT_EQ(read(folder / "a"), "text");
-}
-
-TEST_F(FileManagerTest, AFolderIsMadeWithThoseAboveItIfAsked) {
-    EXPECT_FALSE(manager.createDirectoryAtURL(url(folder / "a/b"), /*withIntermediateDirectories=*/false));
-    EXPECT_TRUE(manager.createDirectoryAtURL(url(folder / "a/b"), true));
-    EXPECT_TRUE(fs::is_directory(folder / "a/b"));
-    EXPECT_TRUE(manager.createDirectoryAtURL(url(folder / "a/b"), true));
-    EXPECT_FALSE(manager.createDirectoryAtURL(url(folder / "a/b"), false));
-    write(folder / "file", "");
-    EXPECT_FALSE(manager.createDirectoryAtURL(url(folder / "file"), true));
-    EXPECT_FALSE(manager.createDirectoryAtURL(url(folder / "file/x"), true));
-}
-
-TEST_F(FileManagerTest, PermissionsAreSetExactly) {
-    write(folder / "file", "");
-    EXPECT_TRUE(manager.setAttributes({.posixPermissions = 0755}, folder / "file"));
-    EXPECT_EQ(fs::status(folder / "file").permissions(), fs::perms(0755));
-    EXPECT_FALSE(manager.setAttributes({.posixPermissions = 0755}, folder / "missing"));
-}
-
-TEST_F(FileManagerTest, ATextIsWrittenWholeInPlaceOfWhatStoodThere) {
-    write(folder / "file", "something longer than the text");
-    EXPECT_TRUE(NS::writeToURL("é\n", url(folder / "file")));
-    EXPECT_EQ(read(folder / "file"), "é\n");
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1); // and nothing beside it
-}
-
-TEST_F(FileManagerTest, ATextThatCannotBeWrittenLeavesWhatStoodThere) {
-    EXPECT_FALSE(NS::writeToURL("text", url(folder / "missing/file")));
-    fs::create_directory(folder / "x");
-    EXPECT_FALSE(NS::writeToURL("text", url(folder / "x")));
-    EXPECT_TRUE(fs::is_directory(folder / "x"));
-}
-
-TEST_F(FileManagerTest, APropertyListIsReadIfItIsADictionary) {
-    write(folder / "dictionary", "<plist version=\"1.0\"><dict><key>a</key><integer>1</integer></dict></plist>");
-    write(folder / "array", "<plist version=\"1.0\"><array/></plist>");
-    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder / "dictionary")), (NS::Dictionary{{"a", 1}}));
-    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder / "array")), std::nullopt);
-    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder / "missing")), std::nullopt);
-    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder)), std::nullopt);
 }
 
 } // namespace

@@ -32,7 +32,7 @@ TEST_F(SleepGuardTest, ActivatingTakesTheDisplaySleepAssertion) {
     const auto& [id, assertion] = *Seam::power().held.begin();
     EXPECT_EQ(sleepGuard.assertionID(), id);
     EXPECT_EQ(assertion.type, "PreventUserIdleDisplaySleep");
-    EXPECT_EQ(assertion.level, 255U);
+    EXPECT_EQ(static_cast<unsigned>(assertion.level), 255U);
     EXPECT_EQ(assertion.name, "Vantorel is keeping your Mac awake");
     EXPECT_EQ(Seam::power().initialID, 0U);
 }

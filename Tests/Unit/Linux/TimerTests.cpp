@@ -112,13 +112,4 @@ TEST_F(TimerTest, TheRunLoopKeepsItWithoutAHandle) {
     EXPECT_EQ(fired, 1);
 }
 
-TEST_F(TimerTest, SaysHowItWasMade) {
-    auto timer = scheduled(10, 5, true);
-    timer.setTolerance(30);
-    EXPECT_EQ(timer.fireDate(), in(10));
-    EXPECT_EQ(timer.timeInterval(), 5);
-    EXPECT_EQ(timer.tolerance(), 30);
-    EXPECT_EQ(scheduled(1, 5, false).timeInterval(), 0);
-}
-
 } // namespace

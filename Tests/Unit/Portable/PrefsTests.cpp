@@ -95,6 +95,12 @@ TEST_F(PrefsTest, AttemptsThatAreNoDictionaryReadAsNoneAndStartFromOne) {
     EXPECT_EQ(Prefs::updateAttempts("1.2.0"), 1);
 }
 
+TEST_F(PrefsTest, WhatWasStoredIsThereAfterSynchronizing) {
+    Prefs::d().setInteger(7, Prefs::scheduleOnMinutes);
+    EXPECT_TRUE(Prefs::d().synchronize());
+    EXPECT_EQ(Prefs::d().integerForKey(Prefs::scheduleOnMinutes), 7);
+}
+
 // A program of its own: on a Mac a forked one may not use the frameworks.
 struct PrefsDeathTest : PrefsTest {
     PrefsDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }

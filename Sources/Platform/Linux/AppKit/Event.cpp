@@ -9,7 +9,6 @@ unsigned long Event::pressedMouseButtons() {
     return static_cast<unsigned long>(QGuiApplication::mouseButtons().toInt());
 }
 
-// Command is this desktop's Control: neither is asked for by the other's name.
 EventModifierFlags Event::currentModifierFlags() {
     const auto pressed = QGuiApplication::queryKeyboardModifiers();
     auto flags = EventModifierFlags::None;

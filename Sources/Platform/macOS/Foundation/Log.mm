@@ -3,6 +3,7 @@
 #include "Platform/macOS/Conversions.h"
 
 #include <algorithm>
+#include <string>
 
 namespace NS {
 

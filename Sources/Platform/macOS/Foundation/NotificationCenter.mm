@@ -3,7 +3,9 @@
 #include "Platform/macOS/Conversions.h"
 
 #include <dispatch/dispatch.h>
+#include <memory>
 #include <mutex>
+#include <utility>
 
 namespace macOS {
 

@@ -1,6 +1,7 @@
 // The part of CoreFoundation that this project calls.
 #pragma once
 
+#include <MacTypes.h> // as Apple's does: its names are in everybody's way
 #include <stdint.h>
 
 #define CF_RETURNS_RETAINED __attribute__((cf_returns_retained))
