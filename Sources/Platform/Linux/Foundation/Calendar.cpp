@@ -5,6 +5,12 @@
 #include <cmath>
 #include <limits>
 
+// The rule of Foundation's nextDate (matching the next time, the first of repeated times, forward): the answer is the
+// first instant after the start at which the local clock reads the time, or at which a gap ends that skipped this
+// reading. A gap of a day or more skips nothing. A reading that comes twice counts twice, unless the start is exactly
+// the first of the two. Tests/Data/README.md tells how Foundation was asked. ICU's calendar has these policies too, but
+// brings zone data of its own, which may be older than the system's.
+
 namespace Linux {
 
 namespace {
