@@ -84,6 +84,9 @@ class Package(unittest.TestCase):
 
     def test_it_asks_for_its_libraries_and_runs_nothing_at_installation(self):
         depends = run("dpkg-deb", "--field", self.package, "Depends")
+        for field, packages in {"Recommends": "ca-certificates, qt6-wayland",
+                                "Suggests": "gnome-shell-extension-appindicator"}.items():
+            self.assertEqual(run("dpkg-deb", "--field", self.package, field).strip(), packages)
         for library in ("libc6", "libqt6widgets6", "libplist3", "libxss1", "libcurl4"):
             self.assertRegex(depends, rf"\b{library}\b")
         with tempfile.TemporaryDirectory() as folder:
