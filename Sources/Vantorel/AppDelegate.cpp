@@ -3,6 +3,7 @@
 #include "LoginItem.h"
 #include "Prefs.h"
 #include "Updater.h"
+#include "Weakly.h"
 
 #include <utility>
 
@@ -40,16 +41,12 @@ void AppDelegate::start() {
             engine->overrideSetAt = NS::Date::date();
         }
     };
-    statusController->onOpenSettings = [weak = std::weak_ptr(settingsController)] {
-        if (const auto settings = weak.lock()) {
-            settings->show();
-        }
-    };
+    statusController->onOpenSettings = weakly(std::weak_ptr(settingsController), &SettingsWindowController::show);
     scheduleEngine_ = std::move(scheduleEngine);
     statusController_ = std::move(statusController);
     settingsController_ = std::move(settingsController);
     scheduleEngine_->reconcile();
-    Updater::shouldPostpone = [weak = weak_from_this()] { // on a thread of the updater's
+    *Updater::shouldPostpone = [weak = weak_from_this()] { // on a thread of the updater's
         const auto self = weak.lock();
         return self && self->sleepGuard_->isActive();
     };

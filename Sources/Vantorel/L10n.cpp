@@ -12,14 +12,6 @@
 
 using namespace std::string_literals;
 
-const char* rawValue(Language language) {
-    return language == Language::ptBR ? "pt-BR" : "en";
-}
-
-const char* label(Language language) {
-    return language == Language::ptBR ? "Português (Brasil)" : "English";
-}
-
 namespace L10n {
 
 namespace {
@@ -65,6 +57,14 @@ std::array<Row, 19> rows() {
 }
 
 } // namespace
+
+const char* rawValue(Language language) {
+    return language == Language::ptBR ? "pt-BR" : "en";
+}
+
+const char* label(Language language) {
+    return language == Language::ptBR ? "Português (Brasil)" : "English";
+}
 
 const std::string& languageDidChange() {
     static const std::string name = Product::bundleIdentifier + ".languageDidChange"s;

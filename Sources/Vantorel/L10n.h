@@ -8,13 +8,13 @@
 /// The languages of the interface.
 enum class Language { en, ptBR };
 
-/// What the preferences store: "en" or "pt-BR".
-const char* rawValue(Language language);
-/// How a language is offered: in its own words, never translated.
-const char* label(Language language);
-
 /// Every text of the interface, and the language in force. Main thread only; the table itself is safe from any thread.
 namespace L10n {
+
+/// The stored form of a language: "en" or "pt-BR".
+const char* rawValue(Language language);
+/// The name of a language in that language itself, never translated.
+const char* label(Language language);
 
 struct Text {
     std::string_view en;

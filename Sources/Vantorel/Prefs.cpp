@@ -34,7 +34,7 @@ std::int64_t updateAttempts(const std::string& version) {
 void noteUpdateAttempt(const std::string& version) {
     auto attempts = d().dictionaryForKey(updateAttemptsByVersion).value_or(NS::Dictionary());
     for (const auto& [name, count] : attempts) {
-        if (!count.integer()) { // one malformed count spoils them all
+        if (!count.integer()) { // one malformed count invalidates all
             attempts.clear();
             break;
         }

@@ -1,9 +1,10 @@
 #include "ScheduleEngine.h"
 
 #include "Platform/AppKit/Workspace.h"
-#include "Platform/Foundation/Calendar.h"
 #include "Platform/Foundation/RunLoop.h"
 #include "Prefs.h"
+#include "TimeOfDay.h"
+#include "Weakly.h"
 
 #include <utility>
 
@@ -11,13 +12,8 @@ namespace {
 
 constexpr double timerTolerance = 30; // seconds
 
-// Minutes after midnight as a time of day. Impossible ones give a time that never comes.
-NS::DateComponents timeOfDay(std::int64_t minutes) {
-    return {.hour = minutes / 60, .minute = minutes % 60, .second = 0};
-}
-
 std::optional<NS::Date> nextOccurrence(std::int64_t minutes, const NS::Date& after) {
-    return NS::Calendar::currentCalendar().nextDateAfterDate(after, timeOfDay(minutes));
+    return NS::Calendar::currentCalendar().nextDateAfterDate(after, TimeOfDay::componentsOfMinutes(minutes));
 }
 
 } // namespace
@@ -31,13 +27,9 @@ std::shared_ptr<ScheduleEngine> ScheduleEngine::create(std::shared_ptr<SleepGuar
 ScheduleEngine::ScheduleEngine(std::shared_ptr<SleepGuard> sleepGuard) : sleepGuard_(std::move(sleepGuard)) {}
 
 void ScheduleEngine::observe() {
-    const auto reconcileOn = [this](NS::NotificationCenter centre, const std::string& name) {
-        auto observer = centre.addObserverForName(name, [weak = weak_from_this()](const NS::Notification&) {
-            if (const auto self = weak.lock()) {
-                self->reconcile();
-            }
-        });
-        observers_.emplace_back(std::move(centre), std::move(observer));
+    const auto reconcileOn = [this](NS::NotificationCenter center, const std::string& name) {
+        auto observer = center.addObserverForName(name, weakly(weak_from_this(), &ScheduleEngine::reconcile));
+        observers_.emplace_back(std::move(center), std::move(observer));
     };
     reconcileOn(NS::Workspace::sharedWorkspace().notificationCenter(), NS::NotificationName::WorkspaceDidWake());
     reconcileOn(NS::NotificationCenter::defaultCenter(), NS::NotificationName::SystemClockDidChange());
@@ -46,8 +38,8 @@ void ScheduleEngine::observe() {
 
 // The timers are left alone: they hold the engine weakly.
 ScheduleEngine::~ScheduleEngine() {
-    for (auto& [centre, observer] : observers_) {
-        centre.removeObserver(observer);
+    for (auto& [center, observer] : observers_) {
+        center.removeObserver(observer);
     }
 }
 
@@ -72,23 +64,13 @@ void ScheduleEngine::reconcile() {
     if (!manualOverride) {
         decide(on, off);
     }
-    onTimer_ = armTimer(on, [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) {
-            self->manualOverride = false;
-            self->sleepGuard_->activate();
-        }
-    });
-    offTimer_ = armTimer(off, [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) {
-            self->manualOverride = false;
-            self->sleepGuard_->deactivate();
-        }
-    });
+    onTimer_ = armTimer(on, &SleepGuard::activate);
+    offTimer_ = armTimer(off, &SleepGuard::deactivate);
 }
 
 // The first minute is inside the window, the last outside.
 void ScheduleEngine::decide(std::int64_t on, std::int64_t off) {
-    const auto now = minutesNow();
+    const auto now = TimeOfDay::minutesOfDate(NS::Date::date());
     const bool acrossMidnight = off < on;
     const bool wanted = acrossMidnight ? now >= on || now < off : on <= now && now < off;
     if (wanted && !sleepGuard_->isActive()) {
@@ -108,25 +90,20 @@ bool ScheduleEngine::boundaryPassed(const NS::Date& since) const {
     return false;
 }
 
-NS::Timer ScheduleEngine::armTimer(std::int64_t minutes, std::function<void()> fire) {
+NS::Timer ScheduleEngine::armTimer(std::int64_t minutes, void (SleepGuard::*change)()) {
     const auto date = nextOccurrence(minutes, NS::Date::date());
     if (!date) {
         return {};
     }
     auto timer = NS::Timer::initWithFireDate(*date, /*interval=*/0, /*repeats=*/false,
-                                             [fire = std::move(fire), weak = weak_from_this()] {
-                                                 fire();
-                                                 if (const auto self = weak.lock()) {
-                                                     self->reconcile();
-                                                 }
-                                             });
+                                              [weak = weak_from_this(), change] {
+                                                  if (const auto self = weak.lock()) {
+                                                      self->manualOverride = false;
+                                                      (self->sleepGuard_.get()->*change)();
+                                                      self->reconcile();
+                                                  }
+                                              });
     timer.setTolerance(timerTolerance);
     NS::RunLoop::mainRunLoop().addTimer(timer, NS::RunLoopMode::Common);
     return timer;
-}
-
-std::int64_t ScheduleEngine::minutesNow() {
-    const auto now = NS::Date::date();
-    const auto calendar = NS::Calendar::currentCalendar();
-    return calendar.component(NS::CalendarUnit::Hour, now) * 60 + calendar.component(NS::CalendarUnit::Minute, now);
 }

@@ -6,7 +6,6 @@
 #include "SleepGuard.h"
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -29,14 +28,13 @@ private:
     void observe();
     bool boundaryPassed(const NS::Date& since) const;
     void decide(std::int64_t on, std::int64_t off);
-    NS::Timer armTimer(std::int64_t minutes, std::function<void()> fire);
-    static std::int64_t minutesNow();
+    NS::Timer armTimer(std::int64_t minutes, void (SleepGuard::*change)());
 
     std::shared_ptr<SleepGuard> sleepGuard_;
     NS::Timer onTimer_;
     NS::Timer offTimer_;
 
-public:
+public: // among the private ones, as the order of the members is part of the design
     /// A manual toggle is in force: the schedule keeps its hands off until one of its times has passed.
     bool manualOverride = false;
     NS::Date overrideSetAt = NS::Date::distantPast();

@@ -5,11 +5,12 @@
 #include "LoginItem.h"
 #include "Platform/AppKit/Application.h"
 #include "Platform/Dispatch/DispatchQueue.h"
-#include "Platform/Foundation/Calendar.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/ServiceManagement/AppService.h"
 #include "Prefs.h"
+#include "TimeOfDay.h"
 #include "Updater.h"
+#include "Weakly.h"
 
 #include <utility>
 
@@ -44,7 +45,7 @@ NS::DatePicker timePicker() {
 
 NS::PopUpButton popupOfLanguages() {
     auto popup = NS::PopUpButton::initWithFrame({}, /*pullsDown=*/false);
-    popup.addItemsWithTitles({label(Language::ptBR), label(Language::en)});
+    popup.addItemsWithTitles({L10n::label(Language::ptBR), L10n::label(Language::en)});
     return popup;
 }
 
@@ -96,12 +97,8 @@ SettingsWindowController::SettingsWindowController(std::shared_ptr<ScheduleEngin
     : scheduleEngine_(std::move(scheduleEngine)) {}
 
 void SettingsWindowController::observe() {
-    NS::NotificationCenter::defaultCenter().addObserverForName(L10n::languageDidChange(),
-                                                               [weak = weak_from_this()](const NS::Notification&) {
-                                                                   if (const auto self = weak.lock()) {
-                                                                       self->relabel();
-                                                                   }
-                                                               });
+    NS::NotificationCenter::defaultCenter().addObserverForName(
+        L10n::languageDidChange(), weakly(weak_from_this(), &SettingsWindowController::relabel));
 }
 
 void SettingsWindowController::show() {
@@ -153,11 +150,7 @@ void SettingsWindowController::makeControls() {
 // `control`, with a method of this object as its action.
 template <class Control>
 Control SettingsWindowController::connected(Control control, void (SettingsWindowController::*action)()) {
-    control.setAction([weak = weak_from_this(), action] {
-        if (const auto self = weak.lock()) {
-            (self.get()->*action)();
-        }
-    });
+    control.setAction(weakly(weak_from_this(), action));
     return control;
 }
 
@@ -248,13 +241,8 @@ void SettingsWindowController::setHintVisible(bool visible) {
 // That time of day today. Impossible minutes give the present.
 NS::Date SettingsWindowController::dateFromMinutes(std::int64_t minutes) {
     const auto now = NS::Date::date();
-    const auto hour = minutes / 60;
-    return NS::Calendar::currentCalendar().dateBySettingHour(hour, minutes - hour * 60, 0, now).value_or(now);
-}
-
-std::int64_t SettingsWindowController::minutesFromDate(const NS::Date& date) {
-    const auto calendar = NS::Calendar::currentCalendar();
-    return calendar.component(NS::CalendarUnit::Hour, date) * 60 + calendar.component(NS::CalendarUnit::Minute, date);
+    const auto time = TimeOfDay::componentsOfMinutes(minutes);
+    return NS::Calendar::currentCalendar().dateBySettingHour(*time.hour, *time.minute, 0, now).value_or(now);
 }
 
 void SettingsWindowController::requireWindow() const {
@@ -288,8 +276,8 @@ void SettingsWindowController::scheduleChanged() {
 // Of either picker, and both are stored.
 void SettingsWindowController::timesChanged() {
     requireWindow();
-    Prefs::d().setInteger(minutesFromDate(onPicker_.dateValue()), Prefs::scheduleOnMinutes);
-    Prefs::d().setInteger(minutesFromDate(offPicker_.dateValue()), Prefs::scheduleOffMinutes);
+    Prefs::d().setInteger(TimeOfDay::minutesOfDate(onPicker_.dateValue()), Prefs::scheduleOnMinutes);
+    Prefs::d().setInteger(TimeOfDay::minutesOfDate(offPicker_.dateValue()), Prefs::scheduleOffMinutes);
     scheduleEngine_->manualOverride = false;
     scheduleEngine_->reconcile();
 }

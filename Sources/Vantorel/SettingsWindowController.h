@@ -44,7 +44,6 @@ private:
     void updateScheduleControlsEnabled();
     void requireWindow() const;
     static NS::Date dateFromMinutes(std::int64_t minutes);
-    static std::int64_t minutesFromDate(const NS::Date& date);
 
     NS::Window window_;
     std::shared_ptr<ScheduleEngine> scheduleEngine_;

@@ -23,12 +23,15 @@ public:
     /// 0 whenever no assertion is held.
     NS::IOPMAssertionID assertionID() const { return assertionID_; }
 
-    /// Called with the new state after each real change of `isActive`.
-    std::function<void(bool)> onChange;
-
 private:
     void setActive(bool active);
 
     NS::IOPMAssertionID assertionID_ = 0;
+
+public: // among the private ones, as the order of the members is part of the design
+    /// Called with the new state after each real change of `isActive`.
+    std::function<void(bool)> onChange;
+
+private:
     std::atomic<bool> isActive_ = false;
 };

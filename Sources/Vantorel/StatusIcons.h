@@ -12,7 +12,7 @@ namespace StatusIcons {
 const NS::Color& coffee();
 /// While the machine may sleep: a template, tinted to fit the bar.
 const NS::Image& outline();
-/// While the machine is kept awake: in colour.
+/// While the machine is kept awake: in color.
 const NS::Image& filled();
 
 /// Draws the cup into the current drawing, as large as the smaller side of `rect` allows, at its bottom-left corner.

@@ -3,6 +3,7 @@
 #include "L10n.h"
 #include "Platform/AppKit/Application.h"
 #include "StatusIcons.h"
+#include "Weakly.h"
 
 #include <utility>
 
@@ -25,18 +26,10 @@ StatusItemController::StatusItemController(std::shared_ptr<SleepGuard> sleepGuar
 void StatusItemController::connect() {
     statusItem_.setBehavior(NS::StatusItemBehavior::None);
     if (auto button = statusItem_.button()) {
-        button.setAction([weak = weak_from_this()] {
-            if (const auto self = weak.lock()) {
-                self->statusItemClicked();
-            }
-        });
+        button.setAction(weakly(weak_from_this(), &StatusItemController::statusItemClicked));
         button.sendActionOn(NS::EventMask::LeftMouseUp | NS::EventMask::RightMouseUp);
     }
-    sleepGuard_->onChange = [weak = weak_from_this()](bool) {
-        if (const auto self = weak.lock()) {
-            self->refreshIcon();
-        }
-    };
+    sleepGuard_->onChange = weakly(weak_from_this(), &StatusItemController::refreshIcon);
     refreshIcon();
 }
 
@@ -76,13 +69,6 @@ void StatusItemController::statusItemClicked() {
 
 NS::Menu StatusItemController::buildMenu() {
     const bool active = sleepGuard_->isActive();
-    const auto calling = [weak = weak_from_this()](void (StatusItemController::*action)()) {
-        return [weak, action] {
-            if (const auto self = weak.lock()) {
-                (self.get()->*action)();
-            }
-        };
-    };
 
     auto stateLine = NS::MenuItem::initWithTitle(L10n::t(active ? "menu.statusOn" : "menu.statusOff"), nullptr, "");
     stateLine.setEnabled(false);
@@ -91,9 +77,9 @@ NS::Menu StatusItemController::buildMenu() {
     menu.addItem(stateLine);
     menu.addItem(NS::MenuItem::separatorItem());
     menu.addItem(NS::MenuItem::initWithTitle(L10n::t(active ? "menu.turnOff" : "menu.turnOn"),
-                                             calling(&StatusItemController::toggleFromMenu), ""));
+                              weakly(weak_from_this(), &StatusItemController::toggleFromMenu), ""));
     menu.addItem(
-        NS::MenuItem::initWithTitle(L10n::t("menu.settings"), calling(&StatusItemController::openSettings), ","));
+        NS::MenuItem::initWithTitle(L10n::t("menu.settings"), weakly(weak_from_this(), &StatusItemController::openSettings), ","));
     menu.addItem(NS::MenuItem::separatorItem());
     menu.addItem(NS::MenuItem::initWithTitle(
         L10n::t("menu.quit"), [] { NS::Application::sharedApplication().terminate(); }, "q"));

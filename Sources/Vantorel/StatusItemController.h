@@ -35,7 +35,7 @@ private:
     NS::StatusItem statusItem_;
     std::shared_ptr<SleepGuard> sleepGuard_;
 
-public:
+public: // after the private ones, as the order of the members is part of the design
     /// Called just before each toggle that the user makes here.
     std::function<void()> onManualToggle;
     /// Called by the menu's Settings line.

@@ -30,14 +30,14 @@ namespace {
 constexpr double checkInterval = 86400; // seconds
 constexpr double checkTolerance = 3600;
 constexpr double firstCheckDelay = 12;
-constexpr std::int64_t attemptsAllowed = 3;
+constexpr std::int64_t maxAttempts = 3;
 constexpr double manifestTimeout = 15; // seconds of silence
 constexpr double imageTimeout = 300;
-constexpr auto helperPatience = std::chrono::seconds(3);
+constexpr auto helperTimeout = std::chrono::seconds(3);
 constexpr auto helperPollInterval = std::chrono::milliseconds(50);
 constexpr unsigned scriptPermissions = 0755;
 constexpr long statusOK = 200;
-constexpr std::size_t largestManifest = std::size_t{1} << 20; // bytes: read, a manifest takes ten times its size
+constexpr std::size_t maxManifestSize = std::size_t{1} << 20; // bytes: read, a manifest takes ten times its size
 
 constexpr char baseVariable[] = "KORVEX_UPDATE_BASE";
 constexpr char manifestPath[] = "updates/vantorel.json";
@@ -103,7 +103,7 @@ std::map<std::string, std::string> notesOf(const NS::Dictionary& latest) {
         for (const auto& [language, value] : *entries) {
             const auto* text = value.string();
             if (!text) {
-                return {}; // one of another kind spoils them all
+                return {}; // one note that is not a text invalidates all
             }
             notes.emplace(language, *text);
         }
@@ -116,7 +116,7 @@ std::string lowercased(std::string text) {
     return text;
 }
 
-// A sign, if there is one, and decimal digits; 0 for anything else, also for what 64 bits cannot hold.
+// An optional sign and decimal digits; 0 for anything else, and for numbers beyond 64 bits.
 std::int64_t numberOf(std::string_view piece) {
     if (piece.starts_with('+')) {
         piece.remove_prefix(1);
@@ -185,7 +185,7 @@ bool isApplicationExpected(const NS::URL& application, const std::string& versio
 
 bool appearsInTime(const std::string& marker) {
     using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + helperPatience;
+    const auto deadline = Clock::now() + helperTimeout;
     while (Clock::now() < deadline) {
         if (NS::FileManager::defaultManager().fileExistsAtPath(marker)) {
             return true;
@@ -223,8 +223,8 @@ bool Updater::checkAndInstall(bool userInitiated) {
 }
 
 bool Updater::isInstallable(const Release& release) {
-    return isNewer(release.version, currentVersion()) && Prefs::updateAttempts(release.version) < attemptsAllowed &&
-           !(shouldPostpone && shouldPostpone());
+    return isNewer(release.version, currentVersion()) && Prefs::updateAttempts(release.version) < maxAttempts &&
+           !(*shouldPostpone && (*shouldPostpone)());
 }
 
 NS::URL Updater::baseURL() {
@@ -237,7 +237,7 @@ NS::URL Updater::baseURL() {
     }
     auto builtIn = NS::URL::URLWithString(std::string("https://") + Product::updateHost);
     if (!builtIn) {
-        fatalError("the built-in address of the update server is none");
+        fatalError("the built-in address of the update server is not a URL");
     }
     return builtIn;
 }
@@ -256,7 +256,7 @@ std::optional<Updater::Release> Updater::fetchLatest() {
 }
 
 std::optional<Updater::Release> Updater::parseManifest(const std::string& text) {
-    if (text.size() > largestManifest) {
+    if (text.size() > maxManifestSize) {
         return std::nullopt;
     }
     const auto manifest = NS::JSONSerialization::JSONObjectWithData(text);
@@ -349,7 +349,7 @@ NS::URL Updater::stage(const NS::URL& mounted, const Release& expecting) {
     if (!fileManager.fileExistsAtPath(mounted.path()) || !isApplicationExpected(mounted, expecting.version)) {
         return {};
     }
-    if (fileManager.destinationOfSymbolicLinkAtPath(mounted.path())) { // to what the image may not even hold
+    if (fileManager.destinationOfSymbolicLinkAtPath(mounted.path())) { // its target may lie outside of the image
         return {};
     }
     const auto folder = temporaryURL(std::string(Product::name) + "-staged-" + expecting.version);

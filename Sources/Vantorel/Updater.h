@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Timer.h"
 #include "Platform/Foundation/URL.h"
+#include "Platform/NoDestructor.h"
 
 #include <atomic>
 #include <cstdint>
@@ -27,7 +28,7 @@ public:
 
     /// Asked on a worker thread before a newer release is installed: true puts it off until the next check. Set before
     /// `start` and not afterwards.
-    static inline std::function<bool()>& shouldPostpone = *new std::function<bool()>; // workers may outlast the statics
+    static inline NoDestructor<std::function<bool()>> shouldPostpone;
 
     /// Checks a little later, and then daily. Main thread only.
     static void start();

@@ -6,6 +6,7 @@
 #include "Platform/AppKit/TextField.h"
 #include "Prefs.h"
 #include "StatusIcons.h"
+#include "Weakly.h"
 
 #include <utility>
 
@@ -99,13 +100,9 @@ NS::StackView WelcomeWindowController::content(Language language) {
 }
 
 NS::StackView WelcomeWindowController::radioGroup(Language language) {
-    const auto action = [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) {
-            self->radioChanged();
-        }
-    };
-    ptRadio_ = NS::Button::radioButtonWithTitle(label(Language::ptBR), action);
-    enRadio_ = NS::Button::radioButtonWithTitle(label(Language::en), action);
+    const auto action = weakly(weak_from_this(), &WelcomeWindowController::radioChanged);
+    ptRadio_ = NS::Button::radioButtonWithTitle(L10n::label(Language::ptBR), action);
+    enRadio_ = NS::Button::radioButtonWithTitle(L10n::label(Language::en), action);
     (language == Language::ptBR ? ptRadio_ : enRadio_).setState(NS::ControlStateValue::On);
 
     auto stack = NS::StackView::stackViewWithViews({ptRadio_, enRadio_});
@@ -116,12 +113,8 @@ NS::StackView WelcomeWindowController::radioGroup(Language language) {
 }
 
 NS::Button WelcomeWindowController::continueButton(Language language) {
-    auto button =
-        NS::Button::buttonWithTitle(welcomeBilingual("welcome.continue", language), [weak = weak_from_this()] {
-            if (const auto self = weak.lock()) {
-                self->continuePressed();
-            }
-        });
+    auto button = NS::Button::buttonWithTitle(welcomeBilingual("welcome.continue", language),
+                                              weakly(weak_from_this(), &WelcomeWindowController::continuePressed));
     button.setBezelStyle(NS::BezelStyle::Rounded);
     button.setKeyEquivalent("\r");
     return button;
@@ -131,7 +124,7 @@ NS::Button WelcomeWindowController::continueButton(Language language) {
 // absence matters: a stored language says that the first run is completed.
 std::string WelcomeWindowController::welcomeBilingual(const char* key, Language language) {
     const auto stored = Prefs::d().stringForKey(Prefs::appLanguage);
-    Prefs::d().setObject(NS::PropertyListValue(rawValue(language)), Prefs::appLanguage);
+    Prefs::d().setObject(NS::PropertyListValue(L10n::rawValue(language)), Prefs::appLanguage);
     std::string text = L10n::t(key);
     Prefs::d().setObject(stored, Prefs::appLanguage);
     return text;

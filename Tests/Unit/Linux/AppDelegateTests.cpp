@@ -198,14 +198,14 @@ TEST_F(AppDelegateTest, TheMenusSettingsLineOpensTheOneSettingsWindow) {
 TEST_F(AppDelegateTest, UpdatesArePostponedExactlyWhileTheGuardIsActive) {
     Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
     launch();
-    EXPECT_FALSE(Updater::shouldPostpone());
+    EXPECT_FALSE((*Updater::shouldPostpone)());
     Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
-    EXPECT_TRUE(Updater::shouldPostpone());
+    EXPECT_TRUE((*Updater::shouldPostpone)());
     Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
-    EXPECT_FALSE(Updater::shouldPostpone());
+    EXPECT_FALSE((*Updater::shouldPostpone)());
     Seam::click(Seam::statusItems().front(), {NS::EventType::LeftMouseUp});
     delegate = nullptr;
-    EXPECT_FALSE(Updater::shouldPostpone());
+    EXPECT_FALSE((*Updater::shouldPostpone)());
 }
 
 TEST_F(AppDelegateTest, QuittingWhileActiveReleasesTheAssertionAndShowsIt) {

@@ -58,10 +58,10 @@ TEST(L10nTableDeathTest, AKeyThatComesTwiceIsFatal) {
 }
 
 TEST(L10nTable, LanguagesAreStoredAndOfferedUnderTheirNames) {
-    EXPECT_STREQ(rawValue(Language::en), "en");
-    EXPECT_STREQ(rawValue(Language::ptBR), "pt-BR");
-    EXPECT_STREQ(label(Language::en), "English");
-    EXPECT_STREQ(label(Language::ptBR), "Portugu\xC3\xAAs (Brasil)");
+    EXPECT_STREQ(L10n::rawValue(Language::en), "en");
+    EXPECT_STREQ(L10n::rawValue(Language::ptBR), "pt-BR");
+    EXPECT_STREQ(L10n::label(Language::en), "English");
+    EXPECT_STREQ(L10n::label(Language::ptBR), "Portugu\xC3\xAAs (Brasil)");
 }
 
 TEST(L10nTable, TheChangeIsAnnouncedUnderTheBundleIdentifier) {

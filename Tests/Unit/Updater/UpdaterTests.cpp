@@ -153,7 +153,7 @@ TEST_F(UpdaterTest, AfterTwoAttemptsAThirdIsMade) {
 TEST_F(UpdaterTest, WhilePostponedNothingIsInstalledAndTheNextCheckMakesUpForIt) {
     int asked = 0;
     bool postpone = true;
-    Updater::shouldPostpone = [&] {
+    *Updater::shouldPostpone = [&] {
         ++asked;
         return postpone;
     };
@@ -167,7 +167,7 @@ TEST_F(UpdaterTest, WhilePostponedNothingIsInstalledAndTheNextCheckMakesUpForIt)
 
 TEST_F(UpdaterTest, NobodyIsAskedToPostponeWhatWouldNotBeInstalled) {
     int asked = 0;
-    Updater::shouldPostpone = [&] { return ++asked > 0; };
+    *Updater::shouldPostpone = [&] { return ++asked > 0; };
     offer("1.0.0");
     EXPECT_FALSE(check());
     for (int attempt = 0; attempt < 3; ++attempt) {
