@@ -95,14 +95,14 @@ NS::Timer ScheduleEngine::armTimer(std::int64_t minutes, void (SleepGuard::*chan
     if (!date) {
         return {};
     }
-    auto timer = NS::Timer::initWithFireDate(*date, /*interval=*/0, /*repeats=*/false,
-                                              [weak = weak_from_this(), change] {
-                                                  if (const auto self = weak.lock()) {
-                                                      self->manualOverride = false;
-                                                      (self->sleepGuard_.get()->*change)();
-                                                      self->reconcile();
-                                                  }
-                                              });
+    auto timer =
+        NS::Timer::initWithFireDate(*date, /*interval=*/0, /*repeats=*/false, [weak = weak_from_this(), change] {
+            if (const auto self = weak.lock()) {
+                self->manualOverride = false;
+                (self->sleepGuard_.get()->*change)();
+                self->reconcile();
+            }
+        });
     timer.setTolerance(timerTolerance);
     NS::RunLoop::mainRunLoop().addTimer(timer, NS::RunLoopMode::Common);
     return timer;

@@ -17,25 +17,20 @@ void wake(int) {
     errno = saved;
 }
 
-std::array<int, 2> makePipe() {
-    std::array<int, 2> ends = {-1, -1};
-    if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
-        qFatal("no pipe for signals");
-    }
-    return ends;
-}
-
 } // namespace
 
 TerminationSignals::TerminationSignals(std::function<void()> handler)
-    : pipe_(makePipe()), notifier_(pipe_[0], QSocketNotifier::Read) {
+    : pipe_(O_CLOEXEC | O_NONBLOCK), notifier_(pipe_.readEnd.number(), QSocketNotifier::Read) {
+    if (!pipe_.readEnd) {
+        qFatal("no pipe for signals");
+    }
     QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this, handler = std::move(handler)] {
         char bytes[16];
-        while (read(pipe_[0], bytes, sizeof bytes) > 0) {
+        while (read(pipe_.readEnd.number(), bytes, sizeof bytes) > 0) {
         }
         handler();
     });
-    writeEnd = pipe_[1];
+    writeEnd = pipe_.writeEnd.number();
     for (const int signal : signals) {
         std::signal(signal, wake);
     }
@@ -45,9 +40,6 @@ TerminationSignals::~TerminationSignals() {
     for (const int signal : signals) {
         std::signal(signal, SIG_DFL);
     }
-    notifier_.setEnabled(false);
-    close(pipe_[0]);
-    close(pipe_[1]);
 }
 
 } // namespace Linux

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Linux/Foundation/Files.h"
+
 #include <QSocketNotifier>
 #include <array>
 #include <csignal>
@@ -7,7 +9,8 @@
 
 namespace Linux {
 
-/// Brings SIGTERM, SIGINT and SIGHUP to the event loop, for the life of this object (one at a time).
+/// Brings SIGTERM, SIGINT and SIGHUP to the event loop, for the life of this object (one at a time). By a handler and a
+/// pipe rather than signalfd, which needs the signals blocked in every thread: Qt's have started by then.
 class TerminationSignals {
 public:
     explicit TerminationSignals(std::function<void()> handler);
@@ -18,7 +21,7 @@ public:
 private:
     static constexpr std::array signals = {SIGTERM, SIGINT, SIGHUP};
 
-    std::array<int, 2> pipe_;
+    const Pipe pipe_;
     QSocketNotifier notifier_;
 };
 

@@ -3,6 +3,7 @@
 #include "Platform/Linux/Foundation/NotificationCenterNative.h"
 #include "Platform/Linux/Native.h"
 #include "Platform/Linux/Seam.h"
+#include "Platform/NoDestructor.h"
 
 namespace Linux {
 
@@ -27,9 +28,8 @@ const std::string& NotificationName::WorkspaceDidWake() {
 }
 
 Workspace Workspace::sharedWorkspace() {
-    // Never destroyed: handles may live as long as the process.
-    static const auto& workspace = *new Workspace(handle<Workspace>(std::make_shared<WorkspaceNative>()));
-    return workspace;
+    static NoDestructor<Workspace> workspace(handle<Workspace>(std::make_shared<WorkspaceNative>()));
+    return *workspace;
 }
 
 NotificationCenter Workspace::notificationCenter() const {

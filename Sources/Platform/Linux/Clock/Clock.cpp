@@ -1,4 +1,5 @@
 #include "Platform/Linux/Clock/Sleep.h"
+#include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Seam.h"
 
 #include <QCoreApplication>
@@ -7,7 +8,6 @@
 #include <chrono>
 #include <cmath>
 #include <sys/timerfd.h>
-#include <unistd.h>
 
 namespace Linux {
 
@@ -27,16 +27,11 @@ class TimerDescriptor : public Alarm {
 public:
     /// `seconds` are on that clock, or from now on without TFD_TIMER_ABSTIME among the `flags`.
     TimerDescriptor(clockid_t clock, int flags, double seconds, std::function<void()> callback)
-        : descriptor_(timerfd_create(clock, TFD_CLOEXEC | TFD_NONBLOCK)), notifier_(descriptor_, QSocketNotifier::Read),
-          callback_(std::move(callback)) {
+        : descriptor_(timerfd_create(clock, TFD_CLOEXEC | TFD_NONBLOCK)),
+          notifier_(descriptor_.number(), QSocketNotifier::Read), callback_(std::move(callback)) {
         QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] { fallDue(); });
         const itimerspec setting = {.it_interval = {}, .it_value = timespecOf(seconds)};
-        timerfd_settime(descriptor_, flags, &setting, nullptr);
-    }
-
-    ~TimerDescriptor() override {
-        notifier_.setEnabled(false);
-        close(descriptor_);
+        timerfd_settime(descriptor_.number(), flags, &setting, nullptr);
     }
 
 private:
@@ -54,7 +49,7 @@ private:
         last();
     }
 
-    const int descriptor_;
+    const Descriptor descriptor_;
     QSocketNotifier notifier_;
     std::function<void()> callback_;
 };

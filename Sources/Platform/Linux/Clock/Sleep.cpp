@@ -7,7 +7,7 @@ namespace Linux {
 namespace {
 
 // A login manager that announces a sleep and is gone afterwards must not hold alarms for ever.
-constexpr auto longestAnnouncement = std::chrono::seconds(30);
+constexpr auto announcementTimeout = std::chrono::seconds(30);
 
 } // namespace
 
@@ -18,7 +18,7 @@ Sleep& Sleep::current() {
 
 Sleep::Sleep() {
     limit_.setSingleShot(true);
-    limit_.setInterval(longestAnnouncement);
+    limit_.setInterval(announcementTimeout);
     connect(&limit_, &QTimer::timeout, this, &Sleep::ended);
 }
 

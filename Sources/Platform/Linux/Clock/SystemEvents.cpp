@@ -1,6 +1,7 @@
 #include "Platform/AppKit/Workspace.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Linux/Clock/Sleep.h"
+#include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Seam.h"
 
 #include <QByteArray>
@@ -19,14 +20,14 @@
 
 namespace Linux {
 
-/// Tells of the machine waking (on the workspace's centre) and of the clock or the time zone changing (on the default
-/// one). Whatever service is absent is not heard of; nothing polls.
+/// Posts that the machine woke (on the workspace's center) and that the clock or the time zone changed (on the default
+/// one). Without logind or timedated, their events are not posted; nothing polls.
+/// https://www.freedesktop.org/software/systemd/man/org.freedesktop.login1.html (PrepareForSleep), timerfd_create(2)
 class SystemEvents : public QObject {
     Q_OBJECT
 
 public:
     explicit SystemEvents(NotificationCenter workspaceCenter);
-    ~SystemEvents() override;
 
 private:
     Q_SLOT void prepareForSleep(bool goingToSleep);
@@ -35,7 +36,7 @@ private:
     void armClock();
 
     NotificationCenter workspaceCenter_;
-    int clock_ = -1;
+    const Descriptor clock_{timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK)};
     std::unique_ptr<QSocketNotifier> clockNotifier_;
     QFileSystemWatcher files_;
     QByteArray zone_;
@@ -61,13 +62,6 @@ SystemEvents::SystemEvents(NotificationCenter workspaceCenter)
     watchClock();
 }
 
-SystemEvents::~SystemEvents() {
-    clockNotifier_ = nullptr;
-    if (clock_ >= 0) {
-        close(clock_);
-    }
-}
-
 void SystemEvents::prepareForSleep(bool goingToSleep) {
     if (goingToSleep) {
         Sleep::current().begin();
@@ -87,15 +81,14 @@ void SystemEvents::zoneMayHaveChanged() {
 
 // A timer for a day that never comes is cancelled when the clock is set.
 void SystemEvents::watchClock() {
-    clock_ = timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK);
-    if (clock_ < 0) {
+    if (!clock_) {
         return;
     }
     armClock();
-    clockNotifier_ = std::make_unique<QSocketNotifier>(clock_, QSocketNotifier::Read);
+    clockNotifier_ = std::make_unique<QSocketNotifier>(clock_.number(), QSocketNotifier::Read);
     connect(clockNotifier_.get(), &QSocketNotifier::activated, this, [this] {
         std::uint64_t expirations = 0;
-        const bool wasSet = read(clock_, &expirations, sizeof expirations) < 0 && errno == ECANCELED;
+        const bool wasSet = read(clock_.number(), &expirations, sizeof expirations) < 0 && errno == ECANCELED;
         armClock();
         if (wasSet) {
             NotificationCenter::defaultCenter().postNotificationName(NotificationName::SystemClockDidChange());
@@ -106,7 +99,7 @@ void SystemEvents::watchClock() {
 void SystemEvents::armClock() {
     const timespec farAway = {.tv_sec = std::numeric_limits<std::int32_t>::max() * 4L, .tv_nsec = 0};
     const itimerspec never = {.it_interval = {}, .it_value = farAway};
-    timerfd_settime(clock_, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &never, nullptr);
+    timerfd_settime(clock_.number(), TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &never, nullptr);
 }
 
 } // namespace Linux

@@ -18,7 +18,7 @@ namespace {
 constexpr const char* localTime = "/etc/localtime";
 constexpr const char* database = "/usr/share/zoneinfo/";
 
-// The functions below answer an invalid zone where there is none.
+// The functions below return an invalid zone where there is none.
 
 QTimeZone zoneOfName(const std::string& name) {
     std::error_code error;
@@ -82,7 +82,7 @@ QTimeZone zoneOfLink(const std::string& target) {
     return zone.isValid() ? zone : zoneOfPath(std::filesystem::canonical(localTime, error)); // over further links
 }
 
-/// What shows that the zone in force may have changed.
+/// The sources of the zone in force: while they are the same, so is the zone.
 struct Sources {
     std::optional<std::string> environment;
     std::string link; // where the link to the zone leads

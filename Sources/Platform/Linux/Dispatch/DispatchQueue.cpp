@@ -4,6 +4,7 @@
 #include "Platform/Linux/Dispatch/Workers.h"
 #include "Platform/Linux/Native.h"
 #include "Platform/Linux/Seam.h"
+#include "Platform/NoDestructor.h"
 
 #include <QCoreApplication>
 #include <QMetaObject>
@@ -29,7 +30,8 @@ struct MainQueue : DispatchQueueNative {
     }
 };
 
-/// A thread for each block: there are few, and none is left behind.
+/// A thread for each block: there are few, and none is left behind. Not QThreadPool: when the system has no thread for
+/// it (Qt 6.4), it loses the block without an error and never becomes idle again.
 struct GlobalQueue : DispatchQueueNative {
     void async(std::function<void()> block) override {
         const std::lock_guard guard(mutex);
@@ -38,7 +40,7 @@ struct GlobalQueue : DispatchQueueNative {
         try {
             *place = std::thread([this, place, block = std::move(block)]() mutable {
                 block();
-                block = nullptr; // what it keeps alive ends here, before anyone hears that the work is done
+                block = nullptr; // destroys its captures before the queue counts as idle
                 end(place);
             });
         } catch (const std::system_error& error) {
@@ -47,9 +49,9 @@ struct GlobalQueue : DispatchQueueNative {
         }
     }
 
-    bool waitUntilIdle(std::chrono::milliseconds patience) {
+    bool waitUntilIdle(std::chrono::milliseconds timeout) {
         std::unique_lock lock(mutex);
-        const bool isIdle = changed.wait_for(lock, patience, [this] { return running.empty(); });
+        const bool isIdle = changed.wait_for(lock, timeout, [this] { return running.empty(); });
         joinEnded();
         return isIdle;
     }
@@ -63,7 +65,7 @@ private:
         changed.notify_all();
     }
 
-    // A thread whose work is done still has to put away what libraries keep for each thread.
+    // A thread whose block has run still has to destroy its thread-local variables.
     void joinEnded() {
         for (auto& thread : ended) {
             thread.join();
@@ -77,21 +79,16 @@ private:
     Threads ended;
 };
 
-// Neither queue is ever destroyed: workers may outlast the statics.
-std::shared_ptr<MainQueue> mainQueueNative() {
-    static const auto& queue = *new std::shared_ptr(std::make_shared<MainQueue>());
-    return queue;
-}
-
-std::shared_ptr<GlobalQueue> globalQueueNative() {
-    static const auto& queue = *new std::shared_ptr(std::make_shared<GlobalQueue>());
-    return queue;
+template <class Queue>
+std::shared_ptr<Queue> sharedQueue() {
+    static NoDestructor<std::shared_ptr<Queue>> queue(std::make_shared<Queue>());
+    return *queue;
 }
 
 } // namespace
 
-bool waitForWorkers(std::chrono::milliseconds patience) {
-    return globalQueueNative()->waitUntilIdle(patience);
+bool waitForWorkers(std::chrono::milliseconds timeout) {
+    return sharedQueue<GlobalQueue>()->waitUntilIdle(timeout);
 }
 
 } // namespace Linux
@@ -101,11 +98,11 @@ namespace NS {
 using namespace Linux;
 
 DispatchQueue DispatchQueue::main() {
-    return handle<DispatchQueue>(mainQueueNative());
+    return handle<DispatchQueue>(sharedQueue<MainQueue>());
 }
 
 DispatchQueue DispatchQueue::global() {
-    return handle<DispatchQueue>(globalQueueNative());
+    return handle<DispatchQueue>(sharedQueue<GlobalQueue>());
 }
 
 void DispatchQueue::async(std::function<void()> block) const {

@@ -4,7 +4,7 @@
 
 namespace Linux {
 
-/// Waits until no worker runs a block, and says whether that came about in time.
+/// Waits until no worker runs a block. False when the timeout came first.
 bool waitForWorkers(std::chrono::milliseconds timeout);
 
 } // namespace Linux

@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/Foundation/BundleNative.h"
 #include "Platform/Linux/Foundation/Plist.h"
+#include "Platform/NoDestructor.h"
 
 #include <memory>
 #include <utility>
@@ -52,10 +53,9 @@ namespace NS {
 using namespace Linux;
 
 Bundle Bundle::mainBundle() {
-    // Never destroyed: threads may still ask while the process ends.
-    static const auto& bundle =
-        *new Bundle(handle<Bundle>(std::make_shared<BundleNative>(std::filesystem::read_symlink("/proc/self/exe"))));
-    return bundle;
+    static NoDestructor<Bundle> bundle(
+        handle<Bundle>(std::make_shared<BundleNative>(std::filesystem::read_symlink("/proc/self/exe"))));
+    return *bundle;
 }
 
 std::optional<std::string> Bundle::bundleIdentifier() const {

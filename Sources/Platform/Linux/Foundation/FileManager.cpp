@@ -4,6 +4,7 @@
 #include "Platform/Linux/Foundation/BundleNative.h"
 #include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Native.h"
+#include "Platform/NoDestructor.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -63,11 +64,11 @@ namespace NS {
 using namespace Linux;
 
 FileManager FileManager::defaultManager() {
-    static const auto& manager = *new FileManager(handle<FileManager>(std::make_shared<Native>()));
-    return manager;
+    static NoDestructor<FileManager> manager(handle<FileManager>(std::make_shared<Native>()));
+    return *manager;
 }
 
-// Not /tmp itself: what stands there under a name that others can guess may be theirs.
+// Not /tmp itself: other users can make files there first, under names that they can guess.
 URL FileManager::temporaryDirectory() const {
     if (const char* chosen = std::getenv("TMPDIR"); chosen && *chosen == '/' && isPrivate(chosen)) {
         return URL::fileURLWithPath(chosen);

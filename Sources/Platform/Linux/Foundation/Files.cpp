@@ -59,13 +59,24 @@ std::filesystem::path cacheFolder() {
 
 Descriptor::~Descriptor() {
     if (number_ >= 0) {
-        close(number_);
+        close();
+    }
+}
+
+bool Descriptor::close() {
+    return ::close(std::exchange(number_, -1)) == 0;
+}
+
+Pipe::Pipe(int flags) {
+    if (int ends[2]; pipe2(ends, flags) == 0) {
+        readEnd = Descriptor(ends[0]);
+        writeEnd = Descriptor(ends[1]);
     }
 }
 
 std::error_code readAll(int descriptor, std::string& bytes) {
     char buffer[16384];
-    while (bytes.size() <= largestFile) {
+    while (bytes.size() <= maxFileSize) {
         const ssize_t count = read(descriptor, buffer, sizeof buffer);
         if (count == 0) {
             return {};
@@ -125,7 +136,9 @@ std::error_code FolderLock::lock() {
     const auto deadline = std::chrono::steady_clock::now() + 1s;
     while (flock(folder_.number(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) {
-            return {}; // network file systems refuse to lock folders: better unlocked than never stored
+            // NFS, whose client turns flock into a lock that needs a descriptor open for writing (flock(2), "NFS
+            // details"), refuses to lock folders: better unlocked than never stored.
+            return {};
         }
         if (std::chrono::steady_clock::now() >= deadline) {
             return make_error_code(std::errc::timed_out);
@@ -145,7 +158,7 @@ FileReplacement::~FileReplacement() {
 }
 
 std::error_code FileReplacement::write(std::string_view bytes) {
-    unlink(side_.c_str()); // what a killed process left
+    unlink(side_.c_str()); // a killed process may have left one
     const Descriptor descriptor(open(side_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode_));
     if (!descriptor) {
         return lastError();

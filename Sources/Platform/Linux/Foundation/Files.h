@@ -10,15 +10,16 @@
 
 namespace Linux {
 
-/// The largest file that is read: everything read here is a handful of settings.
-inline constexpr std::size_t largestFile = std::size_t{1} << 20;
+/// The maximum size of a file that is read: everything read here is a handful of settings.
+inline constexpr std::size_t maxFileSize = std::size_t{1} << 20;
 
-/// The folder of the user's settings, from the environment at each call.
+// From the environment at each call. https://specifications.freedesktop.org/basedir-spec/latest/
+
+/// The user's configuration directory.
 std::filesystem::path configFolder();
-/// The folders of the administrator's settings, the most important first, from the environment at each call.
-/// https://specifications.freedesktop.org/basedir-spec/latest/
+/// The administrator's configuration directories, the most important first.
 std::vector<std::filesystem::path> systemConfigFolders();
-/// The folder of what the user can lose.
+/// The user's cache directory.
 std::filesystem::path cacheFolder();
 
 /// A file descriptor that closes itself.
@@ -27,27 +28,41 @@ public:
     explicit Descriptor(int number = -1) : number_(number) {}
     ~Descriptor();
     Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&&) = delete;
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
 
     int number() const { return number_; }
     explicit operator bool() const { return number_ >= 0; }
+
+    /// Whether everything written to it has reached the file.
+    bool close();
 
 private:
     int number_;
 };
 
-/// Reads to the end. More than `largestFile` is `file_too_large`.
+/// Both ends are absent when the pipe could not be made.
+struct Pipe {
+    explicit Pipe(int flags);
+
+    Descriptor readEnd;
+    Descriptor writeEnd;
+};
+
+/// Reads to the end. More than `maxFileSize` is `file_too_large`.
 std::error_code readAll(int descriptor, std::string& bytes);
 std::error_code writeAll(int descriptor, std::string_view bytes);
 
-/// Reads a regular file into `bytes`. Larger than `largestFile` is `file_too_large`, another kind of file
+/// Reads a regular file into `bytes`. Larger than `maxFileSize` is `file_too_large`, another kind of file
 /// `invalid_argument`.
 std::error_code readFile(const std::filesystem::path& file, std::string& bytes);
 
 /// Makes the folder and those above it, for the user alone.
 std::error_code makeFolders(const std::filesystem::path& folder);
 
-/// Keeps every other process that takes it out of a folder, for as long as this object lives.
+/// An advisory lock on a folder, held for as long as this object lives. Other processes that want it wait.
 class FolderLock {
 public:
     explicit FolderLock(const std::filesystem::path& folder);
@@ -62,7 +77,8 @@ private:
     std::error_code error_;
 };
 
-/// Replaces a file whole: readers see the old contents or the new, and so does the next start after a crash.
+/// Replaces a file whole: readers see the old contents or the new, and so does the next start after a crash. Not
+/// QSaveFile: that does not sync the folder, and the program Transfer has no Qt.
 /// The caller holds the folder's lock, since every replacement goes through a side file with the same name.
 class FileReplacement {
 public:

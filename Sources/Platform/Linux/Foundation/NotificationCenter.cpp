@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/Foundation/NotificationCenterNative.h"
 #include "Platform/Linux/Native.h"
+#include "Platform/NoDestructor.h"
 
 #include <algorithm>
 #include <atomic>
@@ -46,10 +47,9 @@ namespace NS {
 using namespace Linux;
 
 NotificationCenter NotificationCenter::defaultCenter() {
-    // Never destroyed: threads may still post while the process ends.
-    static const auto& center =
-        *new NotificationCenter(handle<NotificationCenter>(std::make_shared<NotificationCenterNative>()));
-    return center;
+    static NoDestructor<NotificationCenter> center(
+        handle<NotificationCenter>(std::make_shared<NotificationCenterNative>()));
+    return *center;
 }
 
 const std::string& NotificationName::SystemClockDidChange() {

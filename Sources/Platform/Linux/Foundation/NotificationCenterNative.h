@@ -13,7 +13,7 @@ namespace Linux {
 struct Registration;
 
 struct NotificationCenterNative : Native {
-    std::mutex mutex; // guards what follows; never held while foreign code runs
+    std::mutex mutex; // guards the members below; not held while blocks run
     std::vector<std::shared_ptr<Registration>> registrations;
 
     std::vector<std::shared_ptr<Registration>> registrationsFor(const std::string& name);

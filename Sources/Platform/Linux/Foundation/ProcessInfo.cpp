@@ -1,6 +1,7 @@
 #include "Platform/Foundation/ProcessInfo.h"
 
 #include "Platform/Linux/Native.h"
+#include "Platform/NoDestructor.h"
 
 #include <memory>
 #include <string_view>
@@ -11,8 +12,8 @@ namespace NS {
 using namespace Linux;
 
 ProcessInfo ProcessInfo::processInfo() {
-    static const auto& info = *new ProcessInfo(handle<ProcessInfo>(std::make_shared<Native>()));
-    return info;
+    static NoDestructor<ProcessInfo> info(handle<ProcessInfo>(std::make_shared<Native>()));
+    return *info;
 }
 
 std::map<std::string, std::string> ProcessInfo::environment() const {

@@ -74,7 +74,7 @@ bool PropertyListStore::writeLocked() {
     if (text != xmlOfPlist(current.dictionary.get())) {
         const bool isDamaged = current.condition == Condition::Damaged;
         FileReplacement replacement(file_, 0600);
-        if (text.size() > largestFile || replacement.write(text) || (isDamaged && keepAside()) ||
+        if (text.size() > maxFileSize || replacement.write(text) || (isDamaged && keepAside()) ||
             replacement.commit()) {
             return false;
         }

@@ -2,10 +2,12 @@
 
 #include "Platform/Linux/Foundation/Files.h"
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <list>
 #include <spawn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace Linux {
@@ -76,6 +78,13 @@ std::optional<pid_t> spawn(const std::string& executable, const std::vector<std:
     const int error = posix_spawn(&child, executable.c_str(), &settings.files, &settings.attributes,
                                   pointersTo(words).data(), environ);
     return error == 0 ? std::optional(child) : std::nullopt;
+}
+
+int waitFor(pid_t child) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status;
 }
 
 } // namespace Linux

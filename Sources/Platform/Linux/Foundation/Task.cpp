@@ -3,8 +3,8 @@
 #include "Platform/Linux/Foundation/FileHandleNative.h"
 #include "Platform/Linux/Foundation/Spawn.h"
 #include "Platform/Linux/Native.h"
+#include "Platform/NoDestructor.h"
 
-#include <cerrno>
 #include <memory>
 #include <mutex>
 #include <sys/wait.h>
@@ -32,8 +32,8 @@ private:
 };
 
 Orphans& orphans() {
-    static auto& all = *new Orphans; // threads may outlast the statics
-    return all;
+    static NoDestructor<Orphans> all;
+    return *all;
 }
 
 struct TaskNative : Native {
@@ -97,8 +97,7 @@ bool Task::launchAndReturnError() {
 
 void Task::waitUntilExit() {
     auto& self = native(*this);
-    while (waitpid(self.child, &self.status, 0) < 0 && errno == EINTR) {
-    }
+    self.status = waitFor(self.child);
     self.child = 0;
 }
 

@@ -1,14 +1,15 @@
 #include "Platform/Foundation/Timer.h"
 
 #include "Platform/Linux/Foundation/TimerNative.h"
+#include "Platform/NoDestructor.h"
 
 #include <cmath>
 
 namespace Linux {
 
 std::set<std::shared_ptr<TimerNative>>& TimerNative::scheduled() {
-    static auto& timers = *new std::set<std::shared_ptr<TimerNative>>; // they may outlast the statics
-    return timers;
+    static NoDestructor<std::set<std::shared_ptr<TimerNative>>> timers;
+    return *timers;
 }
 
 void TimerNative::schedule() {
@@ -25,9 +26,9 @@ void TimerNative::arm() {
 }
 
 void TimerNative::fire() {
-    const auto keep = shared_from_this(); // the work may let go of every other handle
+    const auto keep = shared_from_this(); // the block may let go of every other handle
     if (repeats) {
-        // What was slept through is not made up for.
+        // Repetitions that sleep prevented are not made up for.
         const double late = Date::date().timeIntervalSince1970() - fireDate.timeIntervalSince1970();
         fireDate = fireDate.dateByAddingTimeInterval((std::floor(late / interval) + 1) * interval);
         arm();

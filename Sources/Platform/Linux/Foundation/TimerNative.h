@@ -11,8 +11,8 @@
 namespace Linux {
 
 struct TimerNative : Native, std::enable_shared_from_this<TimerNative> {
-    TimerNative(const Date& date, double seconds, bool doesRepeat, std::function<void()> work)
-        : fireDate(date), interval(seconds), repeats(doesRepeat), block(std::move(work)) {}
+    TimerNative(const Date& fireDate, double interval, bool repeats, std::function<void()> block)
+        : fireDate(fireDate), interval(interval), repeats(repeats), block(std::move(block)) {}
 
     Date fireDate;
     const double interval;

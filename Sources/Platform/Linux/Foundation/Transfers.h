@@ -2,7 +2,7 @@
 
 namespace Linux {
 
-/// Makes the transfers under way fail, and all that follow: the application ends. Safe from any thread.
+/// Makes the running transfers and all later ones fail, since the application ends. Safe from any thread.
 void cancelTransfers();
 
 } // namespace Linux

@@ -6,15 +6,14 @@
 #include "Platform/Linux/Foundation/Spawn.h"
 #include "Platform/Linux/Foundation/Transfers.h"
 #include "Platform/Linux/Foundation/URLNative.h"
+#include "Platform/Linux/Transfer/Protocol.h"
+#include "Platform/NoDestructor.h"
 
 #include <atomic>
-#include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <new>
 #include <poll.h>
@@ -29,43 +28,35 @@ namespace Linux {
 
 namespace {
 
-constexpr int cancellationLatency = 200; // milliseconds
+constexpr int cancellationTimeout = 200; // milliseconds
 
 std::atomic<bool> cancelled = false;
 
 /// Takes the next piece of a body, and says whether it could.
 using Sink = std::function<bool(std::string_view)>;
 
-/// The program that makes the transfer.
-std::string transferProgram() {
-    return native(Bundle::mainBundle()).executable.parent_path() / "Transfer";
+/// A file in memory with this text, to be read from its start.
+Descriptor memoryFile(std::string_view text) {
+    Descriptor file(memfd_create("transfer", MFD_CLOEXEC));
+    const bool isWritten = !writeAll(file.number(), text) && lseek(file.number(), 0, SEEK_SET) == 0;
+    return isWritten ? std::move(file) : Descriptor();
 }
 
-/// What the program reads as its request, or writes its status to. In memory.
-Descriptor makeNote(std::string_view text) {
-    Descriptor note(memfd_create("note", MFD_CLOEXEC));
-    const bool isWritten = !writeAll(note.number(), text) && lseek(note.number(), 0, SEEK_SET) == 0;
-    return isWritten ? std::move(note) : Descriptor();
-}
-
-std::string textOf(const URLRequest& request) {
-    char seconds[32] = {};
-    std::to_chars(std::begin(seconds), std::end(seconds), request.timeoutInterval);
-    return request.url.absoluteString() + "\n" + seconds;
-}
-
-/// One transfer under way.
-class Transfer {
+/// The process that makes one transfer.
+class TransferProcess {
 public:
-    explicit Transfer(const URLRequest& request) : request_(makeNote(textOf(request))), status_(makeNote("")) {}
-    ~Transfer() {
+    explicit TransferProcess(const URLRequest& request)
+        : request_(
+              memoryFile(TransferProtocol::textOfRequest({request.URL.absoluteString(), request.timeoutInterval}))),
+          status_(memoryFile("")) {}
+    ~TransferProcess() {
         if (child_) {
             kill(*child_, SIGKILL);
             waitForEnd();
         }
     }
-    Transfer(const Transfer&) = delete;
-    Transfer& operator=(const Transfer&) = delete;
+    TransferProcess(const TransferProcess&) = delete;
+    TransferProcess& operator=(const TransferProcess&) = delete;
 
     /// The head of the answer when its body has come whole.
     std::optional<HTTPURLResponse> run(const Sink& sink) {
@@ -79,21 +70,25 @@ public:
 
 private:
     bool start() {
-        int ends[2];
-        if (pipe2(ends, O_CLOEXEC) != 0) {
+        Pipe body(O_CLOEXEC);
+        if (!body.readEnd) {
             return false;
         }
-        body_.emplace(ends[0]);
-        const Descriptor childsEnd(ends[1]);
-        child_ = spawn(transferProgram(), {}, {request_.number(), childsEnd.number(), -1, status_.number()});
+        body_ = std::move(body.readEnd);
+        std::vector<int> descriptors(TransferProtocol::statusDescriptor + 1, -1);
+        descriptors[TransferProtocol::requestDescriptor] = request_.number();
+        descriptors[TransferProtocol::bodyDescriptor] = body.writeEnd.number();
+        descriptors[TransferProtocol::statusDescriptor] = status_.number();
+        const auto folder = native(Bundle::mainBundle()).executable.parent_path();
+        child_ = spawn(folder / TransferProtocol::programName, {}, descriptors);
         return child_.has_value();
     }
 
     bool receive(const Sink& sink) const {
         std::vector<char> piece(std::size_t{64} << 10);
         while (!cancelled) {
-            pollfd readable = {.fd = body_->number(), .events = POLLIN, .revents = 0};
-            if (poll(&readable, 1, cancellationLatency) <= 0) {
+            pollfd readable = {.fd = body_.number(), .events = POLLIN, .revents = 0};
+            if (poll(&readable, 1, cancellationTimeout) <= 0) {
                 continue;
             }
             const ssize_t count = read(readable.fd, piece.data(), piece.size());
@@ -107,43 +102,40 @@ private:
         return false;
     }
 
-    /// Whether the program says that all went well.
+    /// Whether the answer came whole.
     bool waitForEnd() {
-        int status = 0;
-        while (waitpid(*child_, &status, 0) < 0 && errno == EINTR) {
-        }
+        const int status = waitFor(*child_);
         child_.reset();
         return WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
     }
 
     const Descriptor request_;
     const Descriptor status_;
-    std::optional<Descriptor> body_;
+    Descriptor body_;
     std::optional<pid_t> child_;
 };
 
-/// A new file for the user alone, which goes away again unless it is kept.
+/// A new file that only the user can read, removed again unless it is kept.
 class TemporaryFile {
 public:
     TemporaryFile()
         : path_(FileManager::defaultManager().temporaryDirectory().path() + "/download-XXXXXX"),
           descriptor_(mkostemp(path_.data(), O_CLOEXEC)) {}
     ~TemporaryFile() {
-        if (descriptor_ >= 0) {
-            close(descriptor_);
+        if (descriptor_) {
             unlink(path_.c_str());
         }
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    explicit operator bool() const { return descriptor_ >= 0; }
+    explicit operator bool() const { return bool(descriptor_); }
 
-    bool write(std::string_view bytes) { return !writeAll(descriptor_, bytes); }
+    bool write(std::string_view bytes) { return !writeAll(descriptor_.number(), bytes); }
 
-    /// Nothing when what was written does not reach the file after all.
+    /// Absent when what was written has not reached the file.
     std::optional<URL> keep() {
-        if (close(std::exchange(descriptor_, -1)) != 0) {
+        if (!descriptor_.close()) {
             unlink(path_.c_str());
             return std::nullopt;
         }
@@ -152,16 +144,16 @@ public:
 
 private:
     std::string path_;
-    int descriptor_;
+    Descriptor descriptor_;
 };
 
-std::optional<HTTPURLResponse> transfer(const URLRequest& request, const Sink& sink) {
+std::optional<HTTPURLResponse> responseTo(const URLRequest& request, const Sink& sink) {
     // libcurl would take the first name of the path for the host.
     if (!request.url || native(request.url).parts.host().empty() || cancelled) {
         return std::nullopt;
     }
     try {
-        return Transfer(request).run(sink);
+        return TransferProcess(request).run(sink);
     } catch (const std::bad_alloc&) { // a body larger than the memory
         return std::nullopt;
     }
@@ -180,13 +172,13 @@ namespace NS {
 using namespace Linux;
 
 URLSession URLSession::sharedSession() {
-    static const auto& session = *new URLSession(handle<URLSession>(std::make_shared<Native>()));
-    return session;
+    static NoDestructor<URLSession> session(handle<URLSession>(std::make_shared<Native>()));
+    return *session;
 }
 
 std::optional<URLSessionData> URLSession::dataForRequest(const URLRequest& request) const {
     URLSessionData answer;
-    answer.response = transfer(request, [&](std::string_view bytes) {
+    answer.response = responseTo(request, [&](std::string_view bytes) {
         answer.data += bytes;
         return true;
     });
@@ -196,7 +188,7 @@ std::optional<URLSessionData> URLSession::dataForRequest(const URLRequest& reque
 std::optional<URLSessionDownload> URLSession::downloadForRequest(const URLRequest& request) const {
     TemporaryFile file;
     const auto response =
-        file ? transfer(request, [&](std::string_view bytes) { return file.write(bytes); }) : std::nullopt;
+        file ? responseTo(request, [&](std::string_view bytes) { return file.write(bytes); }) : std::nullopt;
     const auto location = response ? file.keep() : std::nullopt;
     return location ? std::optional(URLSessionDownload{*location, response}) : std::nullopt;
 }

@@ -4,6 +4,7 @@
 #include "Platform/Linux/Foundation/BundleNative.h"
 #include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Foundation/UserDefaultsNative.h"
+#include "Platform/NoDestructor.h"
 
 #include <QCoreApplication>
 #include <QMetaObject>
@@ -147,10 +148,9 @@ namespace NS {
 using namespace Linux;
 
 UserDefaults UserDefaults::standardUserDefaults() {
-    // Never destroyed: threads may still ask while the process ends.
-    static const auto& defaults = *new UserDefaults(handle<UserDefaults>(std::make_shared<UserDefaultsNative>(
+    static NoDestructor<UserDefaults> defaults(handle<UserDefaults>(std::make_shared<UserDefaultsNative>(
         configFolder() / (native(Bundle::mainBundle()).fileName() + ".plist"), systemConfigFolders())));
-    return defaults;
+    return *defaults;
 }
 
 void UserDefaults::registerDefaults(const Dictionary& defaults) {

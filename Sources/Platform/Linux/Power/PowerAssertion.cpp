@@ -1,6 +1,7 @@
 #include "Platform/Linux/Foundation/BundleNative.h"
 #include "Platform/Linux/Power/IdleInhibitors.h"
 #include "Platform/Linux/Seam.h"
+#include "Platform/NoDestructor.h"
 
 #include <map>
 #include <memory>
@@ -37,8 +38,8 @@ using Assertions = std::map<IOPMAssertionID, std::unique_ptr<DisplaySleepAsserti
 
 /// Never destroyed: the system drops what is still held when the process ends, and by then Qt is gone.
 Assertions& assertions() {
-    static auto& held = *new Assertions;
-    return held;
+    static NoDestructor<Assertions> held;
+    return *held;
 }
 
 IOPMAssertionID unusedID() {

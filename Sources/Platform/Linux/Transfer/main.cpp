@@ -1,12 +1,10 @@
 // One transfer, in a process of its own: libcurl brings some thirty libraries with it, which would stay in the memory
-// of a program that otherwise only waits. What it shares with URLSession.cpp: the request comes as standard input, the
-// address on one line and the patience in seconds on the next; the body goes to standard output, and at the end the
-// status to descriptor 3. The exit status says whether the answer came whole.
+// of a program that otherwise only waits.
 
 #include "Platform/Linux/Foundation/Files.h"
+#include "Platform/Linux/Transfer/Protocol.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -21,34 +19,23 @@
 
 namespace {
 
+namespace Protocol = Linux::TransferProtocol;
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-constexpr long mostRedirects = 20;
-constexpr int statusDescriptor = 3;
+constexpr long maxRedirects = 20;
 
-struct Request {
-    std::string address;
-    std::chrono::duration<double> patience;
-};
-
-std::optional<Request> readRequest() {
+std::optional<Protocol::Request> readRequest() {
     std::string text;
-    const auto error = Linux::readAll(STDIN_FILENO, text);
-    const auto lineEnd = text.find('\n');
-    double seconds = 0;
-    if (error || lineEnd == text.npos ||
-        std::from_chars(text.data() + lineEnd + 1, text.data() + text.size(), seconds).ec != std::errc()) {
-        return std::nullopt;
-    }
-    return Request{text.substr(0, lineEnd), std::chrono::duration<double>(seconds)};
+    const auto error = Linux::readAll(Protocol::requestDescriptor, text);
+    return error ? std::nullopt : Protocol::requestOfText(text);
 }
 
-class Transfer {
+class CurlTransfer {
 public:
-    explicit Transfer(const Request& request) : patience_(request.patience) { configure(request.address); }
-    Transfer(const Transfer&) = delete;
-    Transfer& operator=(const Transfer&) = delete;
+    explicit CurlTransfer(const Protocol::Request& request) : timeout_(request.timeout) { configure(request.address); }
+    CurlTransfer(const CurlTransfer&) = delete;
+    CurlTransfer& operator=(const CurlTransfer&) = delete;
 
     /// The status of the answer when its body has come whole.
     std::optional<long> run() {
@@ -67,14 +54,14 @@ private:
         set(CURLOPT_PATH_AS_IS, 1L);
         set(CURLOPT_PROTOCOLS_STR, "http,https");
         set(CURLOPT_FOLLOWLOCATION, 1L);
-        set(CURLOPT_MAXREDIRS, mostRedirects);
-        set(CURLOPT_PREREQFUNCTION, &Transfer::willRequest);
+        set(CURLOPT_MAXREDIRS, maxRedirects);
+        set(CURLOPT_PREREQFUNCTION, &CurlTransfer::willRequest);
         set(CURLOPT_PREREQDATA, this);
-        set(CURLOPT_HEADERFUNCTION, &Transfer::didReceiveLine);
+        set(CURLOPT_HEADERFUNCTION, &CurlTransfer::didReceiveLine);
         set(CURLOPT_HEADERDATA, this);
-        set(CURLOPT_WRITEFUNCTION, &Transfer::didReceive);
-        set(CURLOPT_CONNECTTIMEOUT_MS,
-            static_cast<long>(patience_ / 1ms)); // halved, if there are more addresses to try
+        set(CURLOPT_WRITEFUNCTION, &CurlTransfer::didReceive);
+        // libcurl halves it while there are more addresses to try.
+        set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(timeout_ / 1ms));
         // libcurl leaves it to its users to heed these.
         setFromEnvironment(CURLOPT_CAINFO, "SSL_CERT_FILE");
         setFromEnvironment(CURLOPT_CAPATH, "SSL_CERT_DIR");
@@ -91,9 +78,9 @@ private:
         }
     }
 
-    /// Whether all went well, however long it took. What ends it is silence.
+    /// Whether the answer came whole. Only silence for the length of the timeout ends a transfer before that.
     bool perform() {
-        auto deadline = Clock::now() + patience_;
+        auto deadline = Clock::now() + timeout_;
         int running = 1;
         while (curl_multi_perform(multi_.get(), &running) == CURLM_OK && running > 0) {
             int active = 0;
@@ -102,7 +89,7 @@ private:
                             static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(left).count()), &active);
             const auto now = Clock::now();
             if (active > 0) {
-                deadline = now + patience_;
+                deadline = now + timeout_;
             } else if (now >= deadline) {
                 return false;
             }
@@ -114,7 +101,7 @@ private:
 
     /// Before each request: once one was encrypted, so are all that it is redirected to.
     static int willRequest(void* transfer, char*, char*, int, int) {
-        auto& self = *static_cast<Transfer*>(transfer);
+        auto& self = *static_cast<CurlTransfer*>(transfer);
         const char* scheme = nullptr;
         curl_easy_getinfo(self.easy_.get(), CURLINFO_SCHEME, &scheme);
         if (scheme && strcasecmp(scheme, "https") == 0) {
@@ -125,19 +112,19 @@ private:
 
     /// libcurl takes an answer that ends within its head for one with an empty body.
     static std::size_t didReceiveLine(const char* bytes, std::size_t, std::size_t count, void* transfer) {
-        auto& self = *static_cast<Transfer*>(transfer);
+        auto& self = *static_cast<CurlTransfer*>(transfer);
         const std::string_view line(bytes, count);
         const bool isFirst = line.starts_with("HTTP/");
         const bool isLast = line == "\r\n" || line == "\n";
-        self.isHeadWhole_ = isLast || (self.isHeadWhole_ && !isFirst); // what follows the last is the body's trailer
+        self.isHeadWhole_ = isLast || (self.isHeadWhole_ && !isFirst); // a trailer may follow the body
         return count;
     }
 
     static std::size_t didReceive(const char* bytes, std::size_t, std::size_t count, void*) {
-        return Linux::writeAll(STDOUT_FILENO, {bytes, count}) ? 0 : count;
+        return Linux::writeAll(Protocol::bodyDescriptor, {bytes, count}) ? 0 : count;
     }
 
-    const std::chrono::duration<double> patience_;
+    const std::chrono::duration<double> timeout_;
     const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy_{curl_easy_init(), curl_easy_cleanup};
     const std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi_{curl_multi_init(), curl_multi_cleanup};
     bool isConfigured_ = false;
@@ -147,12 +134,12 @@ private:
 } // namespace
 
 int main() {
-    prctl(PR_SET_PDEATHSIG, SIGKILL); // nobody would want the answer
+    prctl(PR_SET_PDEATHSIG, SIGKILL); // without its parent nobody reads the answer
     const auto request = readRequest();
     if (!request || curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) {
         return EXIT_FAILURE;
     }
-    const auto status = Transfer(*request).run();
-    const bool isAnswered = status && !Linux::writeAll(statusDescriptor, std::to_string(*status));
+    const auto status = CurlTransfer(*request).run();
+    const bool isAnswered = status && !Linux::writeAll(Protocol::statusDescriptor, std::to_string(*status));
     std::_Exit(isAnswered ? EXIT_SUCCESS : EXIT_FAILURE); // without waiting for a name server that does not answer
 }
