@@ -30,8 +30,8 @@ struct MainQueue : DispatchQueueNative {
     }
 };
 
-/// A thread for each block: there are few, and none is left behind. Not QThreadPool: when the system has no thread for
-/// it (Qt 6.4), it loses the block without an error and never becomes idle again.
+/// A thread for each block: there are few, and none is left behind. Not QThreadPool (Qt 6.4): when the system has no
+/// thread for it, it loses the block and never becomes idle again; and ThreadSanitizer takes each hand-over for a race.
 struct GlobalQueue : DispatchQueueNative {
     void async(std::function<void()> block) override {
         const std::lock_guard guard(mutex);

@@ -3,90 +3,49 @@
 #include "Platform/Linux/Foundation/URLNative.h"
 
 #include <QByteArray>
-#include <QString>
+#include <QRegularExpression>
 #include <QUrl>
-#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string_view>
 #include <utility>
 
+// URLs by RFC 3986 (https://www.rfc-editor.org/rfc/rfc3986), as Foundation has them. Qt codes the characters, and its
+// regular expressions split the text. Not QUrl: it lowers the letters of schemes and hosts, decodes "%41", and refuses
+// ports above 65535, hosts like "-h.example" and "://x", all of which Foundation keeps.
+
 namespace Linux {
 
 namespace {
 
-constexpr std::string_view inName = "-._~!$&'()*+,;=";
-constexpr std::string_view inUser = "-._~!$&'()*+,;=:";
-constexpr std::string_view inPath = "-._~!$&'()*+,;=:@/";
-constexpr std::string_view inQuery = "-._~!$&'()*+,;=:@/?";
+// The punctuation that needs no encoding, but for "-._~", which Qt never encodes.
+constexpr char inName[] = "!$&'()*+,;=";
+constexpr char inUser[] = "!$&'()*+,;=:";
+constexpr char inPath[] = "!$&'()*+,;=:@/";
+constexpr char inQuery[] = "!$&'()*+,;=:@/?";
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
+/// A character for each byte, so that bytes that are not UTF-8 pass through.
+QString characters(std::string_view bytes) {
+    return QString::fromLatin1(bytes.data(), static_cast<qsizetype>(bytes.size()));
 }
 
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+std::string percentEncoded(std::string_view text, const char* punctuation) {
+    const QByteArray bytes(text.data(), static_cast<qsizetype>(text.size()));
+    return bytes.toPercentEncoding(punctuation).toStdString();
 }
 
-bool isAllowed(char c, std::string_view punctuation) {
-    return isLetter(c) || isDigit(c) || punctuation.find(c) != punctuation.npos;
+/// Encodes all that needs it and is not encoded yet.
+std::string completelyEncoded(const QString& text, const char* punctuation) {
+    static const QRegularExpression encodedTwice(QStringLiteral("%25([0-9A-Fa-f]{2})"));
+    QString encoded = QString::fromLatin1(text.toLatin1().toPercentEncoding(punctuation));
+    return encoded.replace(encodedTwice, QStringLiteral("%\\1")).toStdString();
 }
 
-int hexadecimalDigit(char c) {
-    if (isDigit(c)) {
-        return c - '0';
-    }
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-/// The byte that the text starts with as "%41" does; -1 when it does not.
-int encodedByte(std::string_view text) {
-    if (text.size() < 3 || text[0] != '%') {
-        return -1;
-    }
-    const int high = hexadecimalDigit(text[1]);
-    const int low = hexadecimalDigit(text[2]);
-    return high < 0 || low < 0 ? -1 : high * 16 + low;
-}
-
-std::string encoded(char c) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    const auto byte = static_cast<unsigned char>(c);
-    return {'%', digits[byte >> 4], digits[byte & 0xF]};
-}
-
-std::string percentEncoded(std::string_view text, std::string_view punctuation) {
-    std::string result;
-    for (const char c : text) {
-        result += isAllowed(c, punctuation) ? std::string(1, c) : encoded(c);
-    }
-    return result;
-}
-
-/// Encodes what is not encoded yet.
-std::string completelyEncoded(std::string_view text, std::string_view punctuation) {
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool stays = isAllowed(text[i], punctuation) || encodedByte(text.substr(i)) >= 0;
-        result += stays ? std::string(1, text[i]) : encoded(text[i]);
-    }
-    return result;
-}
-
-/// As the file system takes it: there a slash and a zero would mean something else, and stay encoded.
+/// As a path of the file system, where a slash and a zero have a meaning: these stay encoded.
 std::string percentDecoded(std::string_view text) {
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const int byte = encodedByte(text.substr(i));
-        if (byte > 0 && byte != '/') {
-            result += static_cast<char>(byte);
-            i += 2;
-        } else {
-            result += text[i];
-        }
-    }
-    return result;
+    static const QRegularExpression kept(QStringLiteral("%(2[Ff]|00)"));
+    const QString protectedText = characters(text).replace(kept, QStringLiteral("%25\\1"));
+    return QByteArray::fromPercentEncoding(protectedText.toLatin1()).toStdString();
 }
 
 std::string_view withoutTrailingSlashes(std::string_view path) {
@@ -94,92 +53,64 @@ std::string_view withoutTrailingSlashes(std::string_view path) {
     return last == path.npos ? path.substr(0, 1) : path.substr(0, last + 1);
 }
 
-/// What stands in front of the first of `ends`, and takes it off the text. Absent without one.
-std::optional<std::string_view> takeUntil(std::string_view& text, char end) {
-    const auto at = text.find(end);
-    if (at == text.npos) {
-        return std::nullopt;
+/// A host name that is not ASCII becomes its ASCII form (IDNA). Absent when the text is not a host.
+std::optional<std::string> hostOf(const QString& text) {
+    const bool isLiteral = text.size() > 2 && text.startsWith('[') && text.endsWith(']');
+    const QString inside = isLiteral ? text.sliced(1, text.size() - 2) : text;
+    if (completelyEncoded(inside, isLiteral ? inUser : inName) == inside.toStdString()) {
+        return text.toStdString();
     }
-    const auto result = text.substr(0, at);
-    text.remove_prefix(at + 1);
-    return result;
-}
-
-bool isScheme(std::string_view text) {
-    return text.empty() ||
-           (isLetter(text.front()) && std::ranges::all_of(text, [](char c) { return isAllowed(c, "+-."); }));
-}
-
-bool isPort(std::string_view text) {
-    return std::ranges::all_of(text, isDigit);
-}
-
-bool isAddressLiteral(std::string_view text) {
-    return text.size() > 2 && text.front() == '[' && text.back() == ']' &&
-           completelyEncoded(text.substr(1, text.size() - 2), inUser) == text.substr(1, text.size() - 2);
-}
-
-/// A name in other letters than ASCII's takes the form that name servers know. Absent when the text names no host.
-std::optional<std::string> hostOf(std::string_view text) {
-    if (completelyEncoded(text, inName) == text || isAddressLiteral(text)) {
-        return std::string(text);
-    }
-    const auto ascii = QUrl::toAce(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+    const auto ascii = QUrl::toAce(QString::fromUtf8(text.toLatin1()));
     return ascii.isEmpty() ? std::nullopt : std::optional(ascii.toStdString());
 }
 
-/// Where a host ends that may have a port behind it: a colon within brackets is part of an address.
-std::size_t endOfHost(std::string_view text) {
-    return text.starts_with('[') ? text.find(':', std::min(text.find(']'), text.size())) : text.find(':');
+/// User, host, and port with its colon: a colon within brackets is part of an address.
+QRegularExpressionMatch authorityMatch(const QString& text) {
+    static const QRegularExpression form(QStringLiteral(R"(\A(?:([^@]*)@)?+(\[[^\]]*\]|[^:]*)(:[0-9]*)?\z)"));
+    return form.match(text);
 }
 
-std::optional<std::string> authorityOf(std::string_view text) {
-    std::string result;
-    if (const auto user = takeUntil(text, '@')) {
-        result = completelyEncoded(*user, inUser) + "@";
-    }
-    const auto end = std::min(endOfHost(text), text.size());
-    const auto host = hostOf(text.substr(0, end));
-    if (!host || (end < text.size() && !isPort(text.substr(end + 1)))) {
+std::optional<std::string> authorityOf(const QString& text) {
+    const auto match = authorityMatch(text);
+    const auto host = match.hasMatch() ? hostOf(match.captured(2)) : std::nullopt;
+    if (!host) {
         return std::nullopt;
     }
-    return result + *host + std::string(text.substr(end));
+    const auto user = match.hasCaptured(1) ? completelyEncoded(match.captured(1), inUser) + "@" : "";
+    return user + *host + match.captured(3).toStdString();
 }
 
-std::optional<URLParts> partsOf(std::string_view text) {
-    if (text.empty()) {
+/// Splits as appendix B of RFC 3986 does, where the scheme may be empty.
+std::optional<URLParts> parsed(std::string_view text) {
+    static const QRegularExpression form(
+        QStringLiteral(R"(\A(?:([^:/?#]*):)?(?://([^/?#]*))?([^?#]*)(?:\?([^#]*))?(?:#(.*))?\z)"),
+        QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression scheme(QStringLiteral(R"(\A(?:[A-Za-z][A-Za-z0-9+.-]*)?\z)"));
+    const auto match = form.match(characters(text));
+    if (text.empty() || !scheme.match(match.captured(1)).hasMatch()) {
         return std::nullopt;
     }
     URLParts parts;
-    if (const auto at = text.find('#'); at != text.npos) {
-        parts.fragment = completelyEncoded(text.substr(at + 1), inQuery);
-        text = text.substr(0, at);
+    parts.path = completelyEncoded(match.captured(3), inPath);
+    if (match.hasCaptured(1)) {
+        parts.scheme = match.captured(1).toStdString();
     }
-    if (const auto at = text.find('?'); at != text.npos) {
-        parts.query = completelyEncoded(text.substr(at + 1), inQuery);
-        text = text.substr(0, at);
-    }
-    if (const auto at = text.find_first_of(":/"); at != text.npos && text[at] == ':') {
-        parts.scheme = text.substr(0, at);
-        text.remove_prefix(at + 1);
-        if (!isScheme(*parts.scheme)) {
-            return std::nullopt;
-        }
-    }
-    if (text.starts_with("//")) {
-        text.remove_prefix(2);
-        const auto end = std::min(text.find('/'), text.size());
-        parts.authority = authorityOf(text.substr(0, end));
-        text.remove_prefix(end);
+    if (match.hasCaptured(2)) {
+        parts.authority = authorityOf(match.captured(2));
         if (!parts.authority) {
             return std::nullopt;
         }
     }
-    parts.path = completelyEncoded(text, inPath);
+    if (match.hasCaptured(4)) {
+        parts.query = completelyEncoded(match.captured(4), inQuery);
+    }
+    if (match.hasCaptured(5)) {
+        parts.fragment = completelyEncoded(match.captured(5), inQuery);
+    }
     return parts;
 }
 
-/// What a component is put behind.
+/// The path that a component is put behind.
 std::string folderOf(const URLParts& parts) {
     if (parts.path.empty() && !parts.authority) {
         return parts.scheme ? "" : "./"; // else a component with a colon would start with a scheme
@@ -191,10 +122,6 @@ URL makeURL(URLParts parts) {
     return handle<URL>(std::make_shared<URLNative>(std::move(parts)));
 }
 
-const URLParts& partsOf(const URL& url) {
-    return native(url).parts;
-}
-
 } // namespace
 
 std::string URLParts::text() const {
@@ -203,12 +130,8 @@ std::string URLParts::text() const {
 }
 
 std::string URLParts::host() const {
-    const auto name = authority.value_or("");
-    const auto behindUser = name.substr(name.find('@') + 1);
-    return behindUser.substr(0, endOfHost(behindUser));
+    return authorityMatch(characters(authority.value_or(""))).captured(2).toStdString();
 }
-
-URLNative::URLNative(URLParts urlParts) : parts(std::move(urlParts)) {}
 
 } // namespace Linux
 
@@ -217,7 +140,7 @@ namespace NS {
 using namespace Linux;
 
 URL URL::URLWithString(const std::string& text) {
-    auto parts = partsOf(std::string_view(text));
+    auto parts = parsed(text);
     return parts ? makeURL(std::move(*parts)) : URL();
 }
 
@@ -227,15 +150,15 @@ URL URL::fileURLWithPath(const std::string& path) {
 }
 
 std::string URL::absoluteString() const {
-    return partsOf(*this).text();
+    return native(*this).parts.text();
 }
 
 std::optional<std::string> URL::scheme() const {
-    return partsOf(*this).scheme;
+    return native(*this).parts.scheme;
 }
 
 std::string URL::path() const {
-    return percentDecoded(withoutTrailingSlashes(partsOf(*this).path));
+    return percentDecoded(withoutTrailingSlashes(native(*this).parts.path));
 }
 
 std::string URL::pathExtension() const {
@@ -250,7 +173,7 @@ std::string URL::pathExtension() const {
 }
 
 URL URL::URLByAppendingPathComponent(const std::string& component) const {
-    auto parts = partsOf(*this);
+    auto parts = native(*this).parts;
     const std::string_view added = component;
     parts.path = folderOf(parts) + percentEncoded(added.substr(added.starts_with('/')), inPath);
     if (!parts.authority && parts.path.starts_with("//")) {
@@ -260,7 +183,7 @@ URL URL::URLByAppendingPathComponent(const std::string& component) const {
 }
 
 URL URL::URLByDeletingLastPathComponent() const {
-    auto parts = partsOf(*this);
+    auto parts = native(*this).parts;
     const auto path = withoutTrailingSlashes(parts.path);
     parts.path = path.substr(0, path.find_last_of('/') + 1);
     return makeURL(std::move(parts));

@@ -5,11 +5,12 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace Linux {
 
-/// The parts of a URL as RFC 3986 splits it, in which nothing is left to encode. An absent part differs from an empty
-/// one: "//" and "?" belong to the part behind them.
+/// The components of a URL, with nothing left to encode. An absent component differs from an empty one: "//" and "?"
+/// belong to the component behind them.
 struct URLParts {
     std::optional<std::string> scheme;
     std::optional<std::string> authority;
@@ -23,7 +24,7 @@ struct URLParts {
 };
 
 struct URLNative : Native {
-    explicit URLNative(URLParts urlParts);
+    explicit URLNative(URLParts parts) : parts(std::move(parts)) {}
 
     const URLParts parts;
 };
