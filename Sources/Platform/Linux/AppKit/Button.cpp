@@ -1,6 +1,6 @@
 #include "Platform/AppKit/Button.h"
 
-#include "Platform/Linux/AppKit/ViewNative.h"
+#include "Platform/Linux/AppKit/CheckableNative.h"
 
 #include <QPushButton>
 #include <QRadioButton>
@@ -10,16 +10,11 @@ namespace Linux {
 
 namespace {
 
-struct ButtonNative : ViewNative {
-    explicit ButtonNative(QAbstractButton* button) : ViewNative(button), button(button) {
-        QObject::connect(button, &QAbstractButton::clicked, button, [this] { sendAction(); });
-    }
+struct ButtonNative : CheckableNative {
+    using CheckableNative::CheckableNative;
 
-    QPointer<QAbstractButton> button;
     BezelStyle bezelStyle = BezelStyle::Rounded;
     QString keyEquivalent;
-
-    void press() const { button->animateClick(); }
 };
 
 Button wrap(QAbstractButton* widget, std::function<void()> action) {
@@ -53,11 +48,11 @@ std::string Button::title() const {
 }
 
 void Button::setState(ControlStateValue state) {
-    native(*this).button->setChecked(state == ControlStateValue::On);
+    native(*this).setState(state);
 }
 
 ControlStateValue Button::state() const {
-    return native(*this).button->isChecked() ? ControlStateValue::On : ControlStateValue::Off;
+    return native(*this).state();
 }
 
 void Button::setBezelStyle(BezelStyle style) {
@@ -76,7 +71,7 @@ void Button::setKeyEquivalent(const std::string& key) {
     }
     for (const Qt::Key pressed : {Qt::Key_Return, Qt::Key_Enter}) {
         auto* shortcut = new QShortcut(QKeySequence(pressed), self.button);
-        QObject::connect(shortcut, &QShortcut::activated, self.button, [&self] { self.press(); });
+        QObject::connect(shortcut, &QShortcut::activated, self.button, [&self] { self.button->animateClick(); });
     }
     if (auto* push = qobject_cast<QPushButton*>(self.button)) {
         push->setDefault(true);

@@ -1,12 +1,11 @@
 #include "Platform/AppKit/DatePicker.h"
 
 #include "Platform/Foundation/Calendar.h"
-#include "Platform/Linux/AppKit/ViewNative.h"
+#include "Platform/Linux/AppKit/EditField.h"
 
 #include <QLocale>
 #include <QRegularExpression>
 #include <QSignalBlocker>
-#include <QStyle>
 #include <QStyleOptionSpinBox>
 #include <QTimeEdit>
 
@@ -25,15 +24,14 @@ public:
     TimeEdit() {
         setDisplayFormat(hoursAndMinutes());
         setWrapping(true);
-        setKeyboardTracking(false); // half a typed number is no time
+        setKeyboardTracking(false); // no action while a number is half typed
     }
 
     int textBaseline() const {
         QStyleOptionSpinBox option;
         initStyleOption(&option);
-        option.rect = QRect(QPoint(), sizeHint());
-        const QRect text = style()->subControlRect(QStyle::CC_SpinBox, &option, QStyle::SC_SpinBoxEditField, this);
-        return text.top() + (text.height() - fontMetrics().height() + 1) / 2 + fontMetrics().ascent();
+        // QLineEdit::paintEvent, unlike a style, rounds the room above the text up (Qt 6.4).
+        return baselineOf(*this, QStyle::CC_SpinBox, option, QStyle::SC_SpinBoxEditField, /*rounding=*/1);
     }
 };
 

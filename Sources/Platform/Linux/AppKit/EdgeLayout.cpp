@@ -1,7 +1,6 @@
 #include "Platform/Linux/AppKit/EdgeLayout.h"
 
 #include <QWidget>
-#include <algorithm>
 
 namespace Linux {
 
@@ -11,14 +10,12 @@ EdgeLayout& EdgeLayout::of(QWidget& superview) {
 }
 
 EdgeLayout::Place& EdgeLayout::placeOf(const ViewNative& subview) {
-    const auto found = std::find_if(places_.begin(), places_.end(),
-                                    [&](const Place& place) { return place.item->widget() == subview.widget; });
-    if (found != places_.end()) {
-        return *found;
+    for (auto& place : places_) {
+        if (place.widget == subview.widget) {
+            return place;
+        }
     }
-    addWidget(subview.widget);
-    places_.back().insets = subview.alignmentInsets();
-    return places_.back();
+    return places_.emplace_back(Place{subview.widget, subview.alignmentInsets(), {}, false});
 }
 
 void EdgeLayout::constrain(const ViewNative& subview, Edge edge, int distance) {
@@ -31,7 +28,7 @@ void EdgeLayout::constrain(const ViewNative& subview, Edge edge, int distance) {
         place.margins.setRight(-distance);
         break;
     case Edge::CenterX:
-        place.isCentred = true;
+        place.isCentered = true;
         break;
     case Edge::Top:
         place.margins.setTop(distance);
@@ -43,27 +40,15 @@ void EdgeLayout::constrain(const ViewNative& subview, Edge edge, int distance) {
     invalidate();
 }
 
-void EdgeLayout::addItem(QLayoutItem* item) {
-    places_.push_back({std::unique_ptr<QLayoutItem>(item), {}, {}, false});
-}
-
-QLayoutItem* EdgeLayout::itemAt(int index) const {
-    return index >= 0 && index < count() ? places_[static_cast<std::size_t>(index)].item.get() : nullptr;
-}
-
-QLayoutItem* EdgeLayout::takeAt(int index) {
-    if (index < 0 || index >= count()) {
-        return nullptr;
-    }
-    auto* item = places_[static_cast<std::size_t>(index)].item.release();
-    places_.erase(places_.begin() + index);
-    return item;
+/// The visible part of a widget at its own size; nothing of one that is gone.
+static QSize sizeOf(const QWidget* widget, const QMargins& insets) {
+    return widget ? widget->sizeHint().shrunkBy(insets) : QSize(0, 0);
 }
 
 QSize EdgeLayout::sizeHint() const {
     QSize size(0, 0);
     for (const auto& place : places_) {
-        size = size.expandedTo(place.item->sizeHint().shrunkBy(place.insets).grownBy(place.margins));
+        size = size.expandedTo(sizeOf(place.widget, place.insets).grownBy(place.margins));
     }
     return size;
 }
@@ -72,11 +57,13 @@ void EdgeLayout::setGeometry(const QRect& rect) {
     QLayout::setGeometry(rect);
     for (const auto& place : places_) {
         QRect inner = rect.marginsRemoved(place.margins);
-        if (place.isCentred) {
-            const int width = place.item->sizeHint().shrunkBy(place.insets).width();
+        if (place.isCentered) {
+            const int width = sizeOf(place.widget, place.insets).width();
             inner = QRect(rect.x() + (rect.width() - width) / 2, inner.y(), width, inner.height());
         }
-        place.item->setGeometry(inner.marginsAdded(place.insets));
+        if (place.widget) {
+            place.widget->setGeometry(inner.marginsAdded(place.insets));
+        }
     }
 }
 

@@ -4,13 +4,13 @@
 #include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <QLayout>
-#include <memory>
 #include <vector>
 
 namespace Linux {
 
-/// Lays out the subviews of a plain view by their distances to its edges. Distances that may be larger count for the
-/// size that the view would like to have; whatever it gets, what is centred stays in the middle and as large as it is.
+/// Lays out the subviews of a plain view by their distances to its edges. The size hint contains the distances that may
+/// be larger. In a view of another size, a centered subview keeps the middle and its own width. Not QGridLayout: it has
+/// one set of margins for all its items, and counts the insets of a view as part of it.
 class EdgeLayout final : public QLayout {
 public:
     /// That of `superview`, which gets one when it has none.
@@ -18,20 +18,21 @@ public:
 
     void constrain(const ViewNative& subview, Edge edge, int distance);
 
-    void addItem(QLayoutItem* item) override;
-    int count() const override { return static_cast<int>(places_.size()); }
-    QLayoutItem* itemAt(int index) const override;
-    QLayoutItem* takeAt(int index) override;
+    // `places_` holds the widgets, so QLayout has no items.
+    void addItem(QLayoutItem* item) override { delete item; }
+    int count() const override { return 0; }
+    QLayoutItem* itemAt(int) const override { return nullptr; }
+    QLayoutItem* takeAt(int) override { return nullptr; }
     QSize sizeHint() const override;
     QSize minimumSize() const override { return {}; }
     void setGeometry(const QRect& rect) override;
 
 private:
     struct Place {
-        std::unique_ptr<QLayoutItem> item;
-        QMargins insets; // of the view: not seen
+        QPointer<QWidget> widget;
+        QMargins insets; // the alignment insets of the view
         QMargins margins;
-        bool isCentred = false;
+        bool isCentered = false;
     };
 
     explicit EdgeLayout(QWidget& superview) : QLayout(&superview) {}

@@ -8,7 +8,7 @@ namespace Linux {
 
 namespace {
 
-// What is seen of a view.
+// The size without the alignment insets.
 QSize sizeOf(const ViewNative& view) {
     return view.widget->sizeHint().shrunkBy(view.alignmentInsets());
 }
@@ -35,7 +35,7 @@ GridLayout::RowSize GridLayout::sizeOf(const std::vector<GridPlace>& row) const 
     return size;
 }
 
-// What spans several columns and does not fit widens the last of them: the others keep their distances.
+// A view that spans several columns and does not fit widens the last of them.
 std::vector<int> GridLayout::columnWidths() const {
     std::vector<int> widths(static_cast<std::size_t>(plan_.columns), 0);
     const auto widen = [&](bool spanning) {

@@ -15,11 +15,11 @@ struct GridPlace {
     bool isTrailing = false;
 };
 
-/// What a grid looks like: the rows that are shown, and the spaces between.
+/// The layout of a grid: the rows that are shown, and the spaces between.
 struct GridPlan {
     std::vector<std::vector<GridPlace>> rows;
     int columns = 0;
-    QMargins insets; // for what the views have around what is seen of them
+    QMargins insets; // room for the alignment insets of the views
     int rowSpacing = 0;
     int columnSpacing = 0;
     bool alignsBaselines = false;
@@ -32,7 +32,7 @@ public:
 
     void setPlan(GridPlan plan);
 
-    // What it lays out is in the plan.
+    // The plan holds the items, so QLayout has none.
     void addItem(QLayoutItem* item) override { delete item; }
     int count() const override { return 0; }
     QLayoutItem* itemAt(int) const override { return nullptr; }

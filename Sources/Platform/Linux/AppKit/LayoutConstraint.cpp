@@ -5,6 +5,8 @@
 #include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <cmath>
+#include <functional>
+#include <utility>
 
 namespace Linux {
 
@@ -16,50 +18,26 @@ struct DimensionNative : Native {
 };
 
 struct ConstraintNative : Native {
-    double constant = 0;
+    ConstraintNative(double constant, std::function<void(int)> apply) : constant(constant), apply(std::move(apply)) {}
+
+    const double constant;
+    const std::function<void(int pixels)> apply;
     bool isActive = false;
-
-    virtual void apply() const = 0;
-    int pixels() const { return static_cast<int>(std::lround(constant)); }
 };
 
-struct LengthConstraint : ConstraintNative {
-    std::shared_ptr<DimensionNative> dimension;
-
-    void apply() const override {
-        const auto view = dimension->view.lock();
-        if (!view || !view->widget) {
-            return;
-        }
-        if (dimension->orientation == Qt::Horizontal) {
-            view->widget->setFixedWidth(pixels());
-        } else {
-            view->widget->setFixedHeight(pixels());
-        }
-    }
-};
-
-/// Between the same edge of a view and of its superview.
-struct EdgeConstraint : ConstraintNative {
-    std::shared_ptr<AnchorNative> anchor;
-    std::shared_ptr<AnchorNative> ofSuperview;
-
-    void apply() const override {
-        const auto view = anchor->view.lock();
-        const auto superview = ofSuperview->view.lock();
-        if (view && superview && view->widget && superview->widget) {
-            EdgeLayout::of(*superview->widget).constrain(*view, anchor->edge, pixels());
-        }
-    }
-};
-
-// A distance of at least so much is exactly so much wherever the view may be as large as it likes.
+/// Between the same edge of a view and of its superview. A minimum distance counts as an exact one: nothing here pulls
+/// a view away from the edge.
 LayoutConstraint edgeConstraint(const Object& anchor, const Object& ofSuperview, double constant) {
-    auto native = std::make_shared<EdgeConstraint>();
-    native->anchor = sharedObject<AnchorNative>(anchor);
-    native->ofSuperview = sharedObject<AnchorNative>(ofSuperview);
-    native->constant = constant;
-    return handle<LayoutConstraint>(std::move(native));
+    const auto& inner = object<AnchorNative>(anchor);
+    const auto& outer = object<AnchorNative>(ofSuperview);
+    const auto apply = [weakView = inner.view, weakSuperview = outer.view, edge = inner.edge](int pixels) {
+        const auto view = weakView.lock();
+        const auto superview = weakSuperview.lock();
+        if (view && superview && view->widget && superview->widget) {
+            EdgeLayout::of(*superview->widget).constrain(*view, edge, pixels);
+        }
+    };
+    return handle<LayoutConstraint>(std::make_shared<ConstraintNative>(constant, apply));
 }
 
 } // namespace
@@ -78,10 +56,13 @@ namespace NS {
 using namespace Linux;
 
 LayoutConstraint LayoutDimension::constraintEqualToConstant(double constant) const {
-    auto native = std::make_shared<LengthConstraint>();
-    native->dimension = sharedObject<DimensionNative>(*this);
-    native->constant = constant;
-    return handle<LayoutConstraint>(std::move(native));
+    const auto& self = object<DimensionNative>(*this);
+    const auto apply = [weak = self.view, isWidth = self.orientation == Qt::Horizontal](int pixels) {
+        if (const auto view = weak.lock(); view && view->widget) {
+            isWidth ? view->widget->setFixedWidth(pixels) : view->widget->setFixedHeight(pixels);
+        }
+    };
+    return handle<LayoutConstraint>(std::make_shared<ConstraintNative>(constant, apply));
 }
 
 LayoutConstraint LayoutXAxisAnchor::constraintEqualToAnchor(const LayoutXAxisAnchor& anchor) const {
@@ -106,7 +87,7 @@ void LayoutConstraint::activateConstraints(const std::vector<LayoutConstraint>& 
     for (const auto& constraint : constraints) {
         auto& native = object<ConstraintNative>(constraint);
         native.isActive = true;
-        native.apply();
+        native.apply(static_cast<int>(std::lround(native.constant)));
     }
 }
 

@@ -1,9 +1,8 @@
 #include "Platform/AppKit/PopUpButton.h"
 
-#include "Platform/Linux/AppKit/ViewNative.h"
+#include "Platform/Linux/AppKit/EditField.h"
 
 #include <QComboBox>
-#include <QStyle>
 #include <QStyleOptionComboBox>
 
 namespace Linux {
@@ -15,9 +14,7 @@ public:
     int textBaseline() const {
         QStyleOptionComboBox option;
         initStyleOption(&option);
-        option.rect = QRect(QPoint(), sizeHint());
-        const QRect text = style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
-        return text.top() + (text.height() - fontMetrics().height()) / 2 + fontMetrics().ascent();
+        return baselineOf(*this, QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField);
     }
 };
 

@@ -1,7 +1,7 @@
 #include "Platform/AppKit/Switch.h"
 
+#include "Platform/Linux/AppKit/CheckableNative.h"
 #include "Platform/Linux/AppKit/Palette.h"
-#include "Platform/Linux/AppKit/ViewNative.h"
 
 #include <QCheckBox>
 #include <QPainter>
@@ -82,16 +82,12 @@ private:
     }
 };
 
-struct SwitchNative : ViewNative {
-    explicit SwitchNative(SwitchWidget* button) : ViewNative(button), button(button) {
-        QObject::connect(button, &QAbstractButton::clicked, button, [this] { sendAction(); });
-    }
+struct SwitchNative : CheckableNative {
+    SwitchNative() : CheckableNative(new SwitchWidget) {}
 
     // Its middle stands at the middle of the capitals beside it.
     int firstBaseline() const override { return (button->sizeHint().height() + button->fontMetrics().capHeight()) / 2; }
     QMargins alignmentInsets() const override { return SwitchWidget::ring(); }
-
-    QPointer<SwitchWidget> button;
 };
 
 } // namespace
@@ -106,15 +102,15 @@ namespace NS {
 using namespace Linux;
 
 Switch Switch::initWithFrame(const Rect&) {
-    return handle<Switch>(std::make_shared<SwitchNative>(new SwitchWidget));
+    return handle<Switch>(std::make_shared<SwitchNative>());
 }
 
 void Switch::setState(ControlStateValue state) {
-    native(*this).button->setChecked(state == ControlStateValue::On);
+    native(*this).setState(state);
 }
 
 ControlStateValue Switch::state() const {
-    return native(*this).button->isChecked() ? ControlStateValue::On : ControlStateValue::Off;
+    return native(*this).state();
 }
 
 } // namespace NS

@@ -13,7 +13,7 @@ namespace Linux {
 
 namespace {
 
-/// A label whose colour follows the palette, and which, when it wraps, is as large as its text wrapped at the preferred
+/// A label whose color follows the palette, and which, when it wraps, is as large as its text wrapped at the preferred
 /// width.
 class Label : public QLabel {
 public:

@@ -18,14 +18,14 @@ struct ViewNative : Native {
     /// Later rather than now: the last handle may go in the middle of an action of the widget itself.
     ~ViewNative() override;
 
-    /// Puts the other view's widget into this one's. Where exactly is the caller's business.
+    /// Puts the other view's widget into this one's. The caller lays it out.
     void adopt(const std::shared_ptr<ViewNative>& subview);
 
-    /// How far below the top of the widget, at its own size, its first line of text stands. What has no text stands on
-    /// its lower edge.
+    /// How far below the top of the widget, at its own size, its first line of text stands. A view without text
+    /// stands on its lower edge.
     virtual int firstBaseline() const { return widget->sizeHint().height(); }
-    /// What the widget has around what is seen of it, such as room for a focus ring. It does not count when views are
-    /// aligned.
+    /// The invisible part of the widget around the visible one, such as room for a focus ring. It does not count when
+    /// views are aligned.
     virtual QMargins alignmentInsets() const { return {}; }
 
     QPointer<QWidget> widget;
