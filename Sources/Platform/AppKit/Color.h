@@ -4,7 +4,7 @@
 
 namespace NS {
 
-/// A colour (NSColor): fixed, or one of the system's, which follow the light or dark appearance where they are drawn.
+/// A color (NSColor): fixed, or one of the system's, which follow the light or dark appearance where they are drawn.
 /// Safe from any thread.
 class Color : public Object {
 public:
@@ -19,7 +19,7 @@ public:
     void setFill() const;
     void setStroke() const;
 
-    /// Of a colour made from components only.
+    /// Of a color made from components only.
     double redComponent() const;
     double greenComponent() const;
     double blueComponent() const;

@@ -40,7 +40,7 @@ public:
     void setColumnSpacing(double spacing);
     double columnSpacing() const;
 
-    /// How the views of a row stand to each other.
+    /// The vertical alignment of the views of a row.
     void setRowAlignment(GridRowAlignment alignment);
     GridRowAlignment rowAlignment() const;
 
@@ -57,7 +57,7 @@ public:
     /// For a place that was merged away, the cell that took it.
     GridCell cellAtIndex(long index) const;
 
-    /// Makes one cell of `length` neighbours from `location` on. It shows the first one's view.
+    /// Makes one cell of `length` neighbors from `location` on. It shows the first one's view.
     void mergeCellsInRange(long location, long length);
 
     using Object::Object;

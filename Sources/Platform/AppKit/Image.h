@@ -17,7 +17,7 @@ public:
 
     Size size() const;
 
-    /// A template's colours do not matter, only its opacity: it is tinted to fit what it stands on.
+    /// A template's colors do not matter, only its opacity: it is tinted to fit what it stands on.
     void setTemplate(bool isTemplate);
     bool isTemplate() const;
 

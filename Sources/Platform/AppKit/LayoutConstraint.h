@@ -17,7 +17,7 @@ public:
     using Object::Object;
 };
 
-/// A view's left or right edge, in the order of reading, or its middle, as one side of a constraint
+/// A view's leading or trailing edge, or its horizontal center, as one side of a constraint
 /// (NSLayoutXAxisAnchor). Here the other side is the superview's.
 class LayoutXAxisAnchor : public Object {
 public:

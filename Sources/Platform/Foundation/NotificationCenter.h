@@ -18,19 +18,19 @@ const std::string& SystemClockDidChange();
 const std::string& SystemTimeZoneDidChange();
 } // namespace NotificationName
 
-/// What `addObserverForName` gives back: the key to `removeObserver`.
+/// The result of `addObserverForName`, with which `removeObserver` removes the observer.
 class Observer : public Object {
 public:
     using Object::Object;
 };
 
-/// A board of named announcements inside the process (NSNotificationCenter). Safe from any thread.
+/// Delivers named notifications inside the process (NSNotificationCenter). Safe from any thread.
 class NotificationCenter : public Object {
 public:
     static NotificationCenter defaultCenter();
 
     /// Calls `block` for each notification of that name, whoever posts it, on the thread that posts it, until the
-    /// observer is removed. The centre keeps the block: it must hold its owner weakly.
+    /// observer is removed. The center keeps the block: it must hold its owner weakly.
     Observer addObserverForName(const std::string& name, std::function<void(const Notification&)> block);
     void removeObserver(const Observer& observer);
 

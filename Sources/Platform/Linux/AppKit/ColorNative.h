@@ -15,7 +15,7 @@ struct ColorNative : Native {
     Kind kind = Kind::Fixed;
     QColor fixed;
 
-    /// The colour as it is under `palette`: the system's colours follow it.
+    /// The color as it is under `palette`: the system's colors follow it.
     QColor resolved(const QPalette& palette) const;
 };
 

@@ -6,10 +6,10 @@ class QPainter;
 
 namespace Linux {
 
-/// The drawing under way on this thread: what paths and colours draw into.
+/// The current drawing of this thread, into which paths and colors draw.
 class Drawing {
 public:
-    /// Makes `painter` the current drawing for the life of this object. A valid `tint` replaces every colour.
+    /// Makes `painter` the current drawing for the life of this object. A valid `tint` replaces every color.
     Drawing(QPainter& painter, const QColor& tint);
     ~Drawing();
     Drawing(const Drawing&) = delete;

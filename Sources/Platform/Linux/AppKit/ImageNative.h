@@ -15,7 +15,7 @@ struct ImageNative : Native {
     bool isTemplate = false;
     std::function<bool(const Rect&)> handler;
 
-    /// The picture at `scale` pixels a point, transparent where nothing is drawn. A template takes the colour `tint`.
+    /// The picture at `scale` pixels a point, transparent where nothing is drawn. A template takes the color `tint`.
     QImage render(double scale, const QColor& tint) const;
 };
 

@@ -14,9 +14,9 @@ namespace {
 
 using JSON = nlohmann::json;
 
-constexpr std::size_t deepestNesting = 512;
+constexpr std::size_t maxNesting = 512;
 
-/// Builds the value from what the parser comes across. Its methods say whether to go on.
+/// Builds the value from the parser's events. Its methods return whether to go on.
 class Builder : public nlohmann::json_sax<JSON> {
 public:
     PropertyListValue take() { return std::move(root_); }
@@ -31,7 +31,7 @@ public:
     }
     bool number_float(double value, const std::string&) override { return add(value); }
     bool string(std::string& text) override { return add(std::move(text)); }
-    bool binary(JSON::binary_t&) override { return false; } // not of JSON
+    bool binary(JSON::binary_t&) override { return false; } // JSON has none
 
     bool start_object(std::size_t) override { return open(/*isObject=*/true); }
     bool key(std::string& name) override {
@@ -45,17 +45,17 @@ public:
     bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override { return false; }
 
 private:
-    /// An object or array whose end has not come yet.
+    /// An object or array that is not closed yet.
     struct Container {
         bool isObject = false;
         Array items;
         Dictionary entries;
-        std::string key = {}; // of the entry that comes next
+        std::string key = {}; // of the next entry
     };
 
     bool open(bool isObject) {
         open_.push_back({.isObject = isObject, .items = {}, .entries = {}});
-        return open_.size() <= deepestNesting;
+        return open_.size() <= maxNesting;
     }
 
     bool close() {
@@ -89,7 +89,7 @@ namespace NS {
 using namespace Linux;
 
 std::optional<PropertyListValue> JSONSerialization::JSONObjectWithData(const std::string& data) {
-    const bool endsEarly = data.find('\0') != data.npos; // the parser would stop there and be content
+    const bool endsEarly = data.find('\0') != data.npos; // the parser takes a null for the end of the text
     Builder builder;
     if (endsEarly || !JSON::sax_parse(data, &builder)) {
         return std::nullopt;

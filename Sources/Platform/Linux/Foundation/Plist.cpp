@@ -10,21 +10,21 @@ namespace Linux {
 
 namespace {
 
-constexpr int mostContainers = 1000;
-constexpr int mostBinaryNodes = 20000;
-constexpr std::uint64_t mostBinaryText = std::uint64_t{16} << 20; // bytes, counted each time that they are referred to
-constexpr int deepestValue = 100;
+constexpr int maxContainers = 1000;
+constexpr int maxBinaryNodes = 20000;
+constexpr std::uint64_t maxBinaryText = std::uint64_t{16} << 20; // bytes, counted at each reference to them
+constexpr int maxDepth = 100;
 
 /// libplist reads and writes numbers in the locale of the thread, where 1.5 may be "1,5".
-class NumbersOfC {
+class CLocale {
 public:
-    NumbersOfC() : previous_(uselocale(ofC())) {}
-    ~NumbersOfC() { uselocale(previous_); }
-    NumbersOfC(const NumbersOfC&) = delete;
-    NumbersOfC& operator=(const NumbersOfC&) = delete;
+    CLocale() : previous_(uselocale(cLocale())) {}
+    ~CLocale() { uselocale(previous_); }
+    CLocale(const CLocale&) = delete;
+    CLocale& operator=(const CLocale&) = delete;
 
 private:
-    static locale_t ofC() {
+    static locale_t cLocale() {
         static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
         return locale;
     }
@@ -39,22 +39,24 @@ int occurrences(std::string_view text, std::string_view part) {
     return count;
 }
 
-/// Counting what opens and not what closes errs on the safe side, whatever comments and quotations hide.
-bool isXMLTame(std::string_view bytes) {
-    return occurrences(bytes, "<array") + occurrences(bytes, "<dict") <= mostContainers;
+/// Counts opening tags without regard to closing tags and comments, so never too few.
+bool isXMLWithinLimits(std::string_view bytes) {
+    return occurrences(bytes, "<array") + occurrences(bytes, "<dict") <= maxContainers;
 }
 
-/// Walks a binary property list as libplist will, to see that its tree stays small.
+/// Walks a binary property list before libplist does. Objects that are referred to twice make a tree that doubles with
+/// each level: for 24 arrays in 163 bytes libplist 2.2 takes 3.6 GB. Macs write preferences in this format, and people
+/// copy them from there. https://opensource.apple.com/source/CF/CF-1153.18/CFBinaryPList.c
 class BinaryTree {
 public:
     explicit BinaryTree(std::string_view bytes) : bytes_(bytes) {}
 
-    bool isTame() {
+    bool isWithinLimits() {
         const std::size_t end = bytes_.size() - trailer;
         offsetSize_ = number(end + 6, 1);
         referenceSize_ = number(end + 7, 1);
         offsets_ = number(end + 24, 8);
-        return isTame(number(end + 16, 8), 0);
+        return isWithinLimits(number(end + 16, 8), 0);
     }
 
 private:
@@ -72,8 +74,8 @@ private:
         return result;
     }
 
-    bool isTame(std::uint64_t object, int depth) {
-        if (++nodes_ > mostBinaryNodes || depth > deepestValue) {
+    bool isWithinLimits(std::uint64_t object, int depth) {
+        if (++nodes_ > maxBinaryNodes || depth > maxDepth) {
             return false;
         }
         std::uint64_t at = number(offsets_ + object * offsetSize_, offsetSize_);
@@ -91,21 +93,21 @@ private:
         switch (kind) {
         case 0xA:
         case 0xC:
-            return areTame(at, count, depth);
+            return areWithinLimits(at, count, depth);
         case 0xD:
-            return areTame(at, 2 * count, depth);
+            return areWithinLimits(at, 2 * count, depth);
         default:
-            return isTextTame(at, count, kind == 0x6 ? 2 : 1);
+            return isTextWithinLimits(at, count, kind == 0x6 ? 2 : 1);
         }
     }
 
-    /// libplist ends the process when a key of UTF-16 has a null in it.
-    bool isTextTame(std::uint64_t at, std::uint64_t count, std::uint64_t width) {
+    /// libplist 2.2 ends the process when a key of UTF-16 has a null in it.
+    bool isTextWithinLimits(std::uint64_t at, std::uint64_t count, std::uint64_t width) {
         if (at > bytes_.size() || count > (bytes_.size() - at) / width) {
             return true; // it refuses that
         }
         text_ += count * width;
-        if (text_ > mostBinaryText) {
+        if (text_ > maxBinaryText) {
             return false;
         }
         for (const auto end = at + count * width; width == 2 && at < end; at += width) {
@@ -116,9 +118,9 @@ private:
         return true;
     }
 
-    bool areTame(std::uint64_t references, std::uint64_t count, int depth) {
+    bool areWithinLimits(std::uint64_t references, std::uint64_t count, int depth) {
         for (; count > 0; --count, references += referenceSize_) {
-            if (!isTame(number(references, referenceSize_), depth + 1)) {
+            if (!isWithinLimits(number(references, referenceSize_), depth + 1)) {
                 return false;
             }
         }
@@ -133,8 +135,8 @@ private:
     std::uint64_t text_ = 0;
 };
 
-bool isTame(std::string_view bytes) {
-    return bytes.starts_with("bplist") ? BinaryTree(bytes).isTame() : isXMLTame(bytes);
+bool isWithinLimits(std::string_view bytes) {
+    return bytes.starts_with("bplist") ? BinaryTree(bytes).isWithinLimits() : isXMLWithinLimits(bytes);
 }
 
 Array arrayOfPlist(plist_t node) {
@@ -203,7 +205,7 @@ Plist plistOfDictionary(const Dictionary& dictionary, int depth) {
 }
 
 Plist plistOfValue(const PropertyListValue& value, int depth) {
-    if (depth > deepestValue) {
+    if (depth > maxDepth) {
         return nullptr;
     }
     if (const auto* array = value.array()) {
@@ -230,10 +232,10 @@ Plist plistOfValue(const PropertyListValue& value, int depth) {
 } // namespace
 
 Plist dictionaryPlist(const std::string& bytes) {
-    if (!isTame(bytes)) {
+    if (!isWithinLimits(bytes)) {
         return nullptr;
     }
-    const NumbersOfC numbers;
+    const CLocale numbers;
     plist_t node = nullptr;
     plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &node);
     Plist result(node);
@@ -241,7 +243,7 @@ Plist dictionaryPlist(const std::string& bytes) {
 }
 
 std::string xmlOfPlist(plist_t node) {
-    const NumbersOfC numbers;
+    const CLocale numbers;
     char* text = nullptr;
     std::uint32_t length = 0;
     plist_to_xml(node, &text, &length);

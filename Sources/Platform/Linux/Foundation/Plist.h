@@ -15,12 +15,11 @@ struct FreePlist {
     void operator()(plist_t node) const { plist_free(node); }
 };
 
-/// A node of libplist and all below it. It keeps what `PropertyListValue` cannot hold: data, dates, identifiers.
+/// A node of libplist and all below it, also the kinds that `PropertyListValue` cannot hold: data, dates, identifiers.
 using Plist = std::unique_ptr<void, FreePlist>;
 
-/// The dictionary that `bytes` (XML or binary) hold; null when they hold anything else, or more containers than any
-/// file of ours ever will: libplist calls itself once for each level, and a small binary file can describe an endless
-/// tree.
+/// The dictionary in `bytes` (XML or binary); null when they hold anything else, or exceed limits that no real file
+/// comes near: libplist calls itself once for each level.
 Plist dictionaryPlist(const std::string& bytes);
 
 std::string xmlOfPlist(plist_t node);

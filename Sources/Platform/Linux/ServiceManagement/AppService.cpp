@@ -13,6 +13,12 @@
 #include <unistd.h>
 #include <utility>
 
+// The login item: a desktop entry in the user's autostart folder.
+// https://specifications.freedesktop.org/autostart-spec/latest/
+// https://specifications.freedesktop.org/desktop-entry-spec/latest/
+// Not GKeyFile: it refuses a whole file for one line that is neither key nor group, leaves the quotes of Exec to its
+// users, and would make GLib a dependency.
+
 namespace Linux {
 
 namespace {
@@ -30,7 +36,7 @@ std::string_view trimmed(std::string_view text) {
     return first == text.npos ? std::string_view() : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
-/// Whether the text of a desktop entry asks to be started: it has the entry's group, and there nothing hides it.
+/// Whether a session starts the entry: it has the group "Desktop Entry", and in it no Hidden=true.
 bool isEnabledEntry(std::string_view text) {
     bool isFound = false;
     bool isInside = false;
@@ -50,7 +56,7 @@ bool isEnabledEntry(std::string_view text) {
     return isFound;
 }
 
-/// A text as the value of a key.
+/// A text as the value of a key, by the escapes of the desktop entry specification.
 std::string escapedValue(std::string_view text) {
     std::string result;
     for (const char c : text) {
@@ -89,7 +95,7 @@ std::string quotedArgument(std::string_view path) {
     return result + '"';
 }
 
-/// A session passes over it once the program is gone: whoever removes that cannot know of every account's entry.
+/// By TryExec a session passes over the entry once the program is gone: a package cannot remove every account's entry.
 std::string entryText(const BundleNative& bundle) {
     const auto executable = bundle.executable.string();
     return "[Desktop Entry]\n"

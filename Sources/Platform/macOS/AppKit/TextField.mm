@@ -8,7 +8,7 @@ namespace macOS {
 
 namespace {
 
-// By name, since the numbers depend on the processor: AppKit's centre is 2 on Intel and 1 elsewhere.
+// By name, since the numbers depend on the processor: AppKit's center is 2 on Intel and 1 elsewhere.
 NSTextAlignment toNSTextAlignment(TextAlignment alignment) {
     switch (alignment) {
     case TextAlignment::Left:
