@@ -47,7 +47,7 @@ class TransferProcess {
 public:
     explicit TransferProcess(const URLRequest& request)
         : request_(
-              memoryFile(TransferProtocol::textOfRequest({request.URL.absoluteString(), request.timeoutInterval}))),
+              memoryFile(TransferProtocol::textOfRequest({request.url.absoluteString(), request.timeoutInterval}))),
           status_(memoryFile("")) {}
     ~TransferProcess() {
         if (child_) {
