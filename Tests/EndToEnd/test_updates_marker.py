@@ -19,8 +19,9 @@ def first_in_line():
 
 
 class Marker(UpdateTest):
-    def start_helper_after(self, seconds, before="", after="", over=()):
+    def start_helper_after(self, seconds, before="", after="", over=(), expected_lines=()):
         machine = self.install(over=[HELPER, *over])
+        machine.expected_lines = expected_lines
         machine.hook("sh", f"{before}\ntimeout {seconds} tail -f /dev/null\n{after}")
         self.offer()
         self.check(*first_in_line())
@@ -32,7 +33,7 @@ class Marker(UpdateTest):
         self.assertEqual(self.machine.log(), [])
 
     def test_at_3_1_seconds_it_is_too_late(self):
-        self.start_helper_after(3.1)
+        self.start_helper_after(3.1, expected_lines=["cannot open"])  # the shell's own word
         self.expect_kept([MANIFEST, IMAGE], tools=[*STAGED, "sh"], log=[HELPER_LINE])
 
     def test_a_late_helper_finds_nothing_to_copy(self):
@@ -40,7 +41,8 @@ class Marker(UpdateTest):
         impatient = pathlib.Path(tempfile.mkdtemp(dir=self.folder))  # waits for the application 100 times, but not for long
         (impatient / "sleep").write_text('#!/usr/bin/dash\n[ "$1" = 0.2 ]\n')
         (impatient / "sleep").chmod(0o755)
-        self.start_helper_after(3.1, before='script=$(cat "$1")', after='exec /usr/bin/dash -c "$script" "$@"', over=[impatient])
+        self.start_helper_after(3.1, before='script=$(cat "$1")', after='exec /usr/bin/dash -c "$script" "$@"', over=[impatient],
+                                expected_lines=["cannot stat"])  # the copying tool's own word
         self.assertEqual(self.machine.log(), [HELPER_LINE])
         wait_for(self.machine.opened, 20, "the late helper's end")
         wait_for(lambda: not self.machine.left())
