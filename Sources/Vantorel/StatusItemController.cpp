@@ -77,9 +77,9 @@ NS::Menu StatusItemController::buildMenu() {
     menu.addItem(stateLine);
     menu.addItem(NS::MenuItem::separatorItem());
     menu.addItem(NS::MenuItem::initWithTitle(L10n::t(active ? "menu.turnOff" : "menu.turnOn"),
-                              weakly(weak_from_this(), &StatusItemController::toggleFromMenu), ""));
-    menu.addItem(
-        NS::MenuItem::initWithTitle(L10n::t("menu.settings"), weakly(weak_from_this(), &StatusItemController::openSettings), ","));
+                                             weakly(weak_from_this(), &StatusItemController::toggleFromMenu), ""));
+    menu.addItem(NS::MenuItem::initWithTitle(L10n::t("menu.settings"),
+                                             weakly(weak_from_this(), &StatusItemController::openSettings), ","));
     menu.addItem(NS::MenuItem::separatorItem());
     menu.addItem(NS::MenuItem::initWithTitle(
         L10n::t("menu.quit"), [] { NS::Application::sharedApplication().terminate(); }, "q"));
