@@ -41,14 +41,14 @@ void EdgeLayout::constrain(const ViewNative& subview, Edge edge, int distance) {
 }
 
 /// The visible part of a widget at its own size; nothing of one that is gone.
-static QSize sizeOf(const QWidget* widget, const QMargins& insets) {
+static QSize sizeWithin(const QWidget* widget, const QMargins& insets) {
     return widget ? widget->sizeHint().shrunkBy(insets) : QSize(0, 0);
 }
 
 QSize EdgeLayout::sizeHint() const {
     QSize size(0, 0);
     for (const auto& place : places_) {
-        size = size.expandedTo(sizeOf(place.widget, place.insets).grownBy(place.margins));
+        size = size.expandedTo(sizeWithin(place.widget, place.insets).grownBy(place.margins));
     }
     return size;
 }
@@ -58,7 +58,7 @@ void EdgeLayout::setGeometry(const QRect& rect) {
     for (const auto& place : places_) {
         QRect inner = rect.marginsRemoved(place.margins);
         if (place.isCentered) {
-            const int width = sizeOf(place.widget, place.insets).width();
+            const int width = sizeWithin(place.widget, place.insets).width();
             inner = QRect(rect.x() + (rect.width() - width) / 2, inner.y(), width, inner.height());
         }
         if (place.widget) {
