@@ -16,6 +16,7 @@ class Start(Settings):
         self.desktop.force("appLanguage=pt-BR", "launchAtLogin=true")
         self.desktop.start()
         self.open()
+        self.desktop.xdotool("mousemove", "640", "400")  # away from the cup, which would show its tip
         wait_for(lambda: self.desktop.windows() == [self.window], what="no other window")
         self.assertEqual(tuple(self.controls()), PORTUGUESE_CONTROLS)
         self.assertTrue(self.is_login_item())

@@ -484,7 +484,7 @@ class Updates(UpdateTest):
 
     def expect_to_quit(self):
         self.machine.process.send_signal(signal.SIGTERM)
-        self.assertEqual(self.machine.process.wait(5), 0)
+        self.assertEqual(self.machine.process.wait(12), 0)
 
     def test_quitting_while_the_server_is_silent(self):
         self.install()
