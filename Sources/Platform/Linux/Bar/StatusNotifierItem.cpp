@@ -54,7 +54,7 @@ void registerTypes() {
 IconPixmap pixmap(const QImage& icon) {
     const QImage argb = icon.convertToFormat(QImage::Format_ARGB32);
     QByteArray bytes(argb.sizeInBytes(), Qt::Uninitialized);
-    qToBigEndian<quint32>(argb.constBits(), argb.width() * argb.height(), bytes.data());
+    qToBigEndian<quint32>(argb.constBits(), qsizetype{argb.width()} * argb.height(), bytes.data());
     return {argb.width(), argb.height(), bytes};
 }
 
