@@ -21,8 +21,8 @@ struct AnchorNative : Native {
 
 /// One of a view's edges, or its middle, as a side of a constraint.
 template <class Anchor>
-Anchor makeAnchor(std::shared_ptr<ViewNative> view, Edge edge) {
-    return handle<Anchor>(std::make_shared<AnchorNative>(std::move(view), edge));
+Anchor makeAnchor(const std::shared_ptr<ViewNative>& view, Edge edge) {
+    return handle<Anchor>(std::make_shared<AnchorNative>(view, edge));
 }
 
 /// One of a view's two lengths, as a side of a constraint.

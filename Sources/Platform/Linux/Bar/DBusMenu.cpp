@@ -107,13 +107,13 @@ bool DBusMenu::refresh() {
 }
 
 QVariantMap DBusMenu::properties(int id, const QStringList& names) const {
-    const QVariantMap all = properties_.value(id);
+    QVariantMap all = properties_.value(id);
     if (names.isEmpty()) {
         return all;
     }
     QVariantMap wanted;
     for (const QString& name : names) {
-        if (const auto property = all.find(name); property != all.end()) {
+        if (const auto property = all.constFind(name); property != all.constEnd()) {
             wanted.insert(name, *property);
         }
     }
