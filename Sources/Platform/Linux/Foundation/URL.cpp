@@ -1,6 +1,7 @@
 #include "Platform/Foundation/URL.h"
 
 #include "Platform/Linux/Foundation/URLNative.h"
+#include "Platform/NoDestructor.h"
 
 #include <QByteArray>
 #include <QRegularExpression>
@@ -36,15 +37,15 @@ std::string percentEncoded(std::string_view text, const char* punctuation) {
 
 /// Encodes all that needs it and is not encoded yet.
 std::string completelyEncoded(const QString& text, const char* punctuation) {
-    static const QRegularExpression encodedTwice(QStringLiteral("%25([0-9A-Fa-f]{2})"));
+    static NoDestructor<QRegularExpression> encodedTwice(QStringLiteral("%25([0-9A-Fa-f]{2})"));
     QString encoded = QString::fromLatin1(text.toLatin1().toPercentEncoding(punctuation));
-    return encoded.replace(encodedTwice, QStringLiteral("%\\1")).toStdString();
+    return encoded.replace(*encodedTwice, QStringLiteral("%\\1")).toStdString();
 }
 
 /// As a path of the file system, where a slash and a zero have a meaning: these stay encoded.
 std::string percentDecoded(std::string_view text) {
-    static const QRegularExpression kept(QStringLiteral("%(2[Ff]|00)"));
-    const QString protectedText = characters(text).replace(kept, QStringLiteral("%25\\1"));
+    static NoDestructor<QRegularExpression> kept(QStringLiteral("%(2[Ff]|00)"));
+    const QString protectedText = characters(text).replace(*kept, QStringLiteral("%25\\1"));
     return QByteArray::fromPercentEncoding(protectedText.toLatin1()).toStdString();
 }
 
@@ -66,8 +67,8 @@ std::optional<std::string> hostOf(const QString& text) {
 
 /// User, host, and port with its colon: a colon within brackets is part of an address.
 QRegularExpressionMatch authorityMatch(const QString& text) {
-    static const QRegularExpression form(QStringLiteral(R"(\A(?:([^@]*)@)?+(\[[^\]]*\]|[^:]*)(:[0-9]*)?\z)"));
-    return form.match(text);
+    static NoDestructor<QRegularExpression> form(QStringLiteral(R"(\A(?:([^@]*)@)?+(\[[^\]]*\]|[^:]*)(:[0-9]*)?\z)"));
+    return (*form).match(text);
 }
 
 std::optional<std::string> authorityOf(const QString& text) {
@@ -82,12 +83,12 @@ std::optional<std::string> authorityOf(const QString& text) {
 
 /// Splits as appendix B of RFC 3986 does, where the scheme may be empty.
 std::optional<URLParts> parsed(std::string_view text) {
-    static const QRegularExpression form(
+    static NoDestructor<QRegularExpression> form(
         QStringLiteral(R"(\A(?:([^:/?#]*):)?(?://([^/?#]*))?([^?#]*)(?:\?([^#]*))?(?:#(.*))?\z)"),
         QRegularExpression::DotMatchesEverythingOption);
-    static const QRegularExpression scheme(QStringLiteral(R"(\A(?:[A-Za-z][A-Za-z0-9+.-]*)?\z)"));
-    const auto match = form.match(characters(text));
-    if (text.empty() || !scheme.match(match.captured(1)).hasMatch()) {
+    static NoDestructor<QRegularExpression> scheme(QStringLiteral(R"(\A(?:[A-Za-z][A-Za-z0-9+.-]*)?\z)"));
+    const auto match = (*form).match(characters(text));
+    if (text.empty() || !(*scheme).match(match.captured(1)).hasMatch()) {
         return std::nullopt;
     }
     URLParts parts;
