@@ -56,7 +56,7 @@ bool isEnabledEntry(std::string_view text) {
     return isFound;
 }
 
-/// A text as the value of a key, by the escapes of the desktop entry specification.
+/// A text as the value of a key, with the escapes that desktop entries have.
 std::string escapedValue(std::string_view text) {
     std::string result;
     for (const char c : text) {
