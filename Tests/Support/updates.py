@@ -194,9 +194,12 @@ class Machine(contextlib.AbstractContextManager):
             return 0
 
     def workers(self):
-        """The program's threads that no library named: those of its own that do background work."""
+        """The program's threads that no library named: those of its own that do background work. None when it has ended."""
         workers = set()
-        for task in pathlib.Path(f"/proc/{self.process.pid}/task").glob("*"):
+        tasks = []
+        with contextlib.suppress(OSError):
+            tasks = list(pathlib.Path(f"/proc/{self.process.pid}/task").iterdir())
+        for task in tasks:
             with contextlib.suppress(OSError):
                 if int(task.name) != self.process.pid and (task / "comm").read_text() == "Vantorel\n":
                     workers.add(int(task.name))
