@@ -1,15 +1,15 @@
 #include "Prefs.h"
 
 #include "FatalError.h"
+#include "Platform/NoDestructor.h"
 
 #include <limits>
 
 namespace Prefs {
 
 NS::UserDefaults& d() {
-    static auto& defaults =
-        *new NS::UserDefaults(NS::UserDefaults::standardUserDefaults()); // workers may outlast statics
-    return defaults;
+    static NoDestructor<NS::UserDefaults> defaults(NS::UserDefaults::standardUserDefaults());
+    return *defaults;
 }
 
 void registerDefaults() {

@@ -4,6 +4,15 @@
 
 namespace Linux {
 
+namespace {
+
+/// The visible part of a widget at its own size.
+QSize sizeWithin(const QWidget& widget, const QMargins& insets) {
+    return widget.sizeHint().shrunkBy(insets);
+}
+
+} // namespace
+
 EdgeLayout& EdgeLayout::of(QWidget& superview) {
     auto* layout = dynamic_cast<EdgeLayout*>(superview.layout());
     return layout ? *layout : *new EdgeLayout(superview);
@@ -40,15 +49,12 @@ void EdgeLayout::constrain(const ViewNative& subview, Edge edge, int distance) {
     invalidate();
 }
 
-/// The visible part of a widget at its own size; nothing of one that is gone.
-static QSize sizeWithin(const QWidget* widget, const QMargins& insets) {
-    return widget ? widget->sizeHint().shrunkBy(insets) : QSize(0, 0);
-}
-
 QSize EdgeLayout::sizeHint() const {
     QSize size(0, 0);
     for (const auto& place : places_) {
-        size = size.expandedTo(sizeWithin(place.widget, place.insets).grownBy(place.margins));
+        if (place.widget) {
+            size = size.expandedTo(sizeWithin(*place.widget, place.insets).grownBy(place.margins));
+        }
     }
     return size;
 }
@@ -56,14 +62,15 @@ QSize EdgeLayout::sizeHint() const {
 void EdgeLayout::setGeometry(const QRect& rect) {
     QLayout::setGeometry(rect);
     for (const auto& place : places_) {
+        if (!place.widget) {
+            continue;
+        }
         QRect inner = rect.marginsRemoved(place.margins);
         if (place.isCentered) {
-            const int width = sizeWithin(place.widget, place.insets).width();
+            const int width = sizeWithin(*place.widget, place.insets).width();
             inner = QRect(rect.x() + (rect.width() - width) / 2, inner.y(), width, inner.height());
         }
-        if (place.widget) {
-            place.widget->setGeometry(inner.marginsAdded(place.insets));
-        }
+        place.widget->setGeometry(inner.marginsAdded(place.insets));
     }
 }
 

@@ -38,7 +38,8 @@ private:
     void fallDue() {
         notifier_.setEnabled(false);
         if (Sleep::current().isUnderWay()) {
-            QObject::connect(&Sleep::current(), &Sleep::ended, &notifier_, [this] { goOff(); });
+            QObject::connect(
+                &Sleep::current(), &Sleep::ended, &notifier_, [this] { goOff(); }, Qt::SingleShotConnection);
         } else {
             goOff();
         }

@@ -1,5 +1,6 @@
 #include "Platform/AppKit/Application.h"
 
+#include "Platform/NoDestructor.h"
 #include "Platform/macOS/Conversions.h"
 
 #import <AppKit/AppKit.h>
@@ -44,9 +45,8 @@ static_assert(static_cast<long>(ApplicationActivationPolicy::Accessory) == NSApp
 static_assert(static_cast<long>(ApplicationActivationPolicy::Prohibited) == NSApplicationActivationPolicyProhibited);
 
 Application& Application::sharedApplication() {
-    static auto& application =
-        *new Application(handle<Application>([NSApplication sharedApplication])); // never destroyed
-    return application;
+    static NoDestructor<Application> application(handle<Application>([NSApplication sharedApplication]));
+    return *application;
 }
 
 bool Application::setActivationPolicy(ApplicationActivationPolicy policy) {
