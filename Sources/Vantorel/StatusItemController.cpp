@@ -47,7 +47,10 @@ void StatusItemController::refreshIcon() {
 // From macOS 27 on, the event of the action may be another one than the click, typically a movement of the mouse.
 bool StatusItemController::wantsMenu(const std::optional<NS::Event>& event, unsigned long pressedButtons,
                                      NS::EventModifierFlags modifiers) {
-    if (event && (event->type == NS::EventType::LeftMouseUp || event->type == NS::EventType::RightMouseUp)) {
+    if (!event) {
+        return false;
+    }
+    if (event->type == NS::EventType::LeftMouseUp || event->type == NS::EventType::RightMouseUp) {
         return event->type == NS::EventType::RightMouseUp ||
                contains(event->modifierFlags, NS::EventModifierFlags::Control);
     }

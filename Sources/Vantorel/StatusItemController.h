@@ -16,8 +16,8 @@ public:
     /// Puts the cup in the bar and makes it follow the guard, replacing the guard's `onChange`.
     static std::shared_ptr<StatusItemController> create(std::shared_ptr<SleepGuard> sleepGuard);
 
-    /// Whether a click asks for the menu: by the event of the action where that is the click, and otherwise by what is
-    /// held down.
+    /// Whether a click asks for the menu: by the event of the action where that is the click, by what is held down
+    /// where it is another one. An action without an event, as assistive software sends it, does not.
     static bool wantsMenu(const std::optional<NS::Event>& event, unsigned long pressedButtons,
                           NS::EventModifierFlags modifiers);
 
