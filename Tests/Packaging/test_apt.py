@@ -68,11 +68,11 @@ class Repository(unittest.TestCase):
         (self.system.root / "etc/apt/sources.list.d/vantorel.list").unlink()
         (self.system.root / "etc/apt/keyrings/vantorel.asc").unlink()
 
-    def refuse_update(self, words):
+    def refuse_update(self, pattern):
         """That apt says so, and installs nothing from there."""
         update = self.system.run("apt-get", "update", "--error-on=any")
         self.assertNotEqual(update.returncode, 0, update.stdout)
-        self.assertIn(words, update.stdout + update.stderr)
+        self.assertRegex(update.stdout + update.stderr, pattern)
         self.assertNotEqual(self.system.run("apt-get", "install", "-y", "vantorel").returncode, 0)
         self.assertEqual(self.system.version("vantorel"), "")
 
@@ -122,7 +122,7 @@ class Repository(unittest.TestCase):
             path = self.index.with_name(f"Packages{suffix}")
             (path.parent / "by-hash/SHA256" / hashlib.sha256(path.read_bytes()).hexdigest()).write_bytes(content)
             path.write_bytes(content)
-        self.refuse_update("has unexpected size" if len(packages) != self.index.stat().st_size else "Hash Sum mismatch")
+        self.refuse_update("Hash Sum mismatch|has unexpected size")  # by how well the change is compressed
 
     def test_a_package_changed_on_the_server_is_refused(self):
         self.publish(self.old, key=self.key)
