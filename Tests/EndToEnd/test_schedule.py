@@ -135,40 +135,37 @@ class Schedule(unittest.TestCase):
         self.expect_off()
 
     def test_a_change_of_the_systems_time_zone_decides_at_once(self):
-        etc = self.desktop.folder / "etc"
-        shutil.copytree("/etc", etc, symlinks=True)
-        self.move_to(etc, "Europe/Berlin")
-        self.start_at("2024-05-06 10:00:00", zone=None, command=["unshare", "--mount", "sh", "-c",
-                      'mount --bind "$0" /etc && exec "$1"', str(etc), str(APP / "Contents/MacOS/Vantorel")])
-        self.expect_on()
-        self.move_to(etc, "America/New_York")  # 04:00 there
+        self.start_with_zone_by(self.link)
+        self.link("America/New_York")  # 04:00 there
         self.expect_off()
-        self.move_to(etc, "Europe/Berlin")
+        self.link("Europe/Berlin")
         self.expect_on()
 
     def test_a_zone_that_is_copied_into_place_decides_at_once(self):
-        etc = self.desktop.folder / "etc"
-        shutil.copytree("/etc", etc, symlinks=True)
-        self.copy_into(etc, "Europe/Berlin")
-        self.start_at("2024-05-06 10:00:00", zone=None, command=["unshare", "--mount", "sh", "-c",
-                      'mount --bind "$0" /etc && exec "$1"', str(etc), str(APP / "Contents/MacOS/Vantorel")])
-        self.expect_on()
-        self.copy_into(etc, "America/New_York")  # 04:00 there
+        self.start_with_zone_by(self.copy)
+        self.copy("America/New_York")  # 04:00 there
         self.expect_off()
-        (etc / "localtime").write_bytes(Path("/usr/share/zoneinfo/Europe/Berlin").read_bytes())
+        (self.etc / "localtime").write_bytes(Path("/usr/share/zoneinfo/Europe/Berlin").read_bytes())
         self.expect_on()
 
-    @staticmethod
-    def copy_into(etc, zone):
-        new = etc / "localtime.new"
-        shutil.copyfile(f"/usr/share/zoneinfo/{zone}", new)
-        new.rename(etc / "localtime")
+    def start_with_zone_by(self, put):
+        """At 10:00 in Berlin, with a system's configuration of its own where `put` puts a zone."""
+        self.etc = self.desktop.folder / "etc"
+        shutil.copytree("/etc", self.etc, symlinks=True)
+        put("Europe/Berlin")
+        self.start_at("2024-05-06 10:00:00", zone=None, command=["unshare", "--mount", "sh", "-c",
+                      'mount --bind "$0" /etc && exec "$1"', str(self.etc), str(APP / "Contents/MacOS/Vantorel")])
+        self.expect_on()
 
-    @staticmethod
-    def move_to(etc, zone):
-        new = etc / "localtime.new"
+    def copy(self, zone):
+        new = self.etc / "localtime.new"
+        shutil.copyfile(f"/usr/share/zoneinfo/{zone}", new)
+        new.rename(self.etc / "localtime")
+
+    def link(self, zone):
+        new = self.etc / "localtime.new"
         new.symlink_to(f"/usr/share/zoneinfo/{zone}")
-        new.rename(etc / "localtime")
+        new.rename(self.etc / "localtime")
 
     def test_the_services_it_listens_to_may_be_absent(self):
         self.desktop.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={self.desktop.folder}/nowhere"

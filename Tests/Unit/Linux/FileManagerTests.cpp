@@ -1,12 +1,12 @@
 #include "Platform/Foundation/FileManager.h"
 
+#include "Support/Files.h"
+
 #include <QDir>
 #include <QTemporaryDir>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,13 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 
 struct FileManagerOnLinux : testing::Test {
-    static NS::URL url(const fs::path& path) { return NS::URL::fileURLWithPath(path.string()); }
-    static void write(const fs::path& file, const std::string& text) { std::ofstream(file) << text; }
-    static std::string read(const fs::path& file) {
-        std::ifstream stream(file);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
     QTemporaryDir home;
     const fs::path folder = home.path().toStdString();
     NS::FileManager manager = NS::FileManager::defaultManager();

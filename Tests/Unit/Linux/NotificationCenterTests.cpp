@@ -1,5 +1,7 @@
 #include "Platform/Foundation/NotificationCenter.h"
 
+#include "Support/Observing.h"
+
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -7,29 +9,7 @@
 namespace {
 
 /// The order of the calls, which the macOS center leaves open.
-class NotificationCenterOrder : public testing::Test {
-protected:
-    NS::NotificationCenter center = NS::NotificationCenter::defaultCenter();
-    std::vector<std::string> calls;
-
-    ~NotificationCenterOrder() override {
-        for (const auto& observer : observers_) {
-            center.removeObserver(observer);
-        }
-    }
-
-    NS::Observer observe(const std::string& name, std::function<void(const NS::Notification&)> block) {
-        observers_.push_back(center.addObserverForName(name, std::move(block)));
-        return observers_.back();
-    }
-
-    NS::Observer record(const std::string& name, const std::string& call) {
-        return observe(name, [this, call](const NS::Notification&) { calls.push_back(call); });
-    }
-
-private:
-    std::vector<NS::Observer> observers_;
-};
+class NotificationCenterOrder : public Observing {};
 
 TEST_F(NotificationCenterOrder, CallsEveryObserverOfTheNameInTheirOrder) {
     record("news", "first");

@@ -1,5 +1,7 @@
 #include "Platform/Foundation/Task.h"
 
+#include "Support/Files.h"
+#include "Support/Shell.h"
 #include "Support/TemporaryFolder.h"
 
 #include <chrono>
@@ -7,36 +9,17 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <unistd.h>
 
 namespace {
 
-NS::Task shell(const std::string& script, const std::vector<std::string>& arguments = {}) {
-    auto task = NS::Task::init();
-    task.setExecutableURL(NS::URL::fileURLWithPath("/bin/sh"));
-    std::vector<std::string> words = {"-c", script};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    task.setArguments(words);
-    return task;
-}
-
-int statusOf(NS::Task task) {
-    EXPECT_TRUE(task.launchAndReturnError());
-    task.waitUntilExit();
-    return task.terminationStatus();
-}
-
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 struct ChildProcess : testing::Test {
-    std::string written() const {
-        std::ifstream stream(file);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string written() const { return read(file); }
 
     /// The children of this process that have ended and wait to be collected.
     static int zombies() {

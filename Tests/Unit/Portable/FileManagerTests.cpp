@@ -1,12 +1,11 @@
 #include "Platform/Foundation/FileManager.h"
 
 #include "Platform/Foundation/PropertyListValue.h"
+#include "Support/Files.h"
 #include "Support/TemporaryFolder.h"
 
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 
 namespace {
@@ -14,13 +13,6 @@ namespace {
 namespace fs = std::filesystem;
 
 struct FileManagerTest : testing::Test {
-    static NS::URL url(const fs::path& path) { return NS::URL::fileURLWithPath(path.string()); }
-    static void write(const fs::path& file, const std::string& text) { std::ofstream(file) << text; }
-    static std::string read(const fs::path& file) {
-        std::ifstream stream(file);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
     const TemporaryFolder temporary;
     const fs::path folder = temporary.path();
     NS::FileManager manager = NS::FileManager::defaultManager();

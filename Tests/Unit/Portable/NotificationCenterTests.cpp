@@ -1,7 +1,8 @@
 #include "Platform/Foundation/NotificationCenter.h"
 
+#include "Support/Observing.h"
+
 #include <atomic>
-#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -11,29 +12,7 @@
 
 namespace {
 
-class NotificationCenter : public testing::Test {
-protected:
-    NS::NotificationCenter center = NS::NotificationCenter::defaultCenter();
-    std::vector<std::string> calls;
-
-    ~NotificationCenter() override {
-        for (const auto& observer : observers_) {
-            center.removeObserver(observer);
-        }
-    }
-
-    NS::Observer observe(const std::string& name, std::function<void(const NS::Notification&)> block) {
-        observers_.push_back(center.addObserverForName(name, std::move(block)));
-        return observers_.back();
-    }
-
-    NS::Observer record(const std::string& name, const std::string& call) {
-        return observe(name, [this, call](const NS::Notification&) { calls.push_back(call); });
-    }
-
-private:
-    std::vector<NS::Observer> observers_;
-};
+class NotificationCenter : public Observing {};
 
 TEST_F(NotificationCenter, IsOne) {
     EXPECT_EQ(center, NS::NotificationCenter::defaultCenter());

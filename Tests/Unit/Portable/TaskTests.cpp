@@ -1,39 +1,21 @@
 #include "Platform/Foundation/Task.h"
 
+#include "Support/Files.h"
+#include "Support/Shell.h"
 #include "Support/TemporaryFolder.h"
 
 #include <chrono>
 #include <csignal>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <thread>
 
 namespace {
 
-NS::Task shell(const std::string& script, const std::vector<std::string>& arguments = {}) {
-    auto task = NS::Task::init();
-    task.setExecutableURL(NS::URL::fileURLWithPath("/bin/sh"));
-    std::vector<std::string> words = {"-c", script};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    task.setArguments(words);
-    return task;
-}
-
-int statusOf(NS::Task task) {
-    EXPECT_TRUE(task.launchAndReturnError());
-    task.waitUntilExit();
-    return task.terminationStatus();
-}
-
 using namespace std::chrono_literals;
 
 struct TaskTest : testing::Test {
-    std::string written() const {
-        std::ifstream stream(file);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string written() const { return read(file); }
 
     const TemporaryFolder folder;
     const std::string file = folder.path() / "out put";
