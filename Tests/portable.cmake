@@ -1,6 +1,6 @@
 # The tests that need no world of the tests' own, for macOS. On a Mac they are run; cross-built they are compiled and linked.
 file(GLOB portable_tests CONFIGURE_DEPENDS Unit/Portable/*.cpp)
-add_executable(PortableTests ${portable_tests})
+add_executable(PortableTests ${portable_tests} Support/HTTPServer.cpp)
 target_include_directories(PortableTests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(PortableTests PRIVATE Warnings VantorelCore Platform)
 

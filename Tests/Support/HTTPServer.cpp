@@ -2,20 +2,21 @@
 
 #include <arpa/inet.h>
 #include <csignal>
-#include <cstdlib>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <openssl/ssl.h>
+#include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <utility>
 
 namespace Seam {
 
 namespace {
 
 constexpr int mostConnections = 8; // at the same time
-constexpr int patience = 10'000;   // milliseconds, with a client that asks nothing
+constexpr int patience = 10;       // seconds, with a client that asks nothing
 
 void require(bool holds, const char* what) {
     if (!holds) {
@@ -34,8 +35,15 @@ std::string wholeAnswer(const HTTPServer::Answer& answer) {
     return text + "\r\n" + answer.body;
 }
 
+/// Not for child processes.
+void keepToItself(int descriptor, int flags) {
+    fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    fcntl(descriptor, F_SETFL, flags);
+}
+
 int listenerOnLoopback() {
-    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int listener = socket(AF_INET, SOCK_STREAM, 0);
+    keepToItself(listener, O_NONBLOCK); // several threads accept
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -51,64 +59,17 @@ std::string addressOf(int listener) {
     return "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
 }
 
-} // namespace
-
-Certificate::Certificate() {
-    std::string folder = std::filesystem::temp_directory_path() / "certificate-XXXXXX";
-    require(mkdtemp(folder.data()) != nullptr, "mkdtemp");
-    folder_ = folder;
-    const auto command =
-        "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj /CN=127.0.0.1 "
-        "-addext subjectAltName=IP:127.0.0.1 -keyout " +
-        keyFile().string() + " -out " + file().string() + " 2>/dev/null";
-    require(std::system(command.c_str()) == 0, "openssl req");
-}
-
-Certificate::~Certificate() {
-    std::filesystem::remove_all(folder_);
-}
-
-/// One client, over TLS or not.
-class HTTPServer::Connection {
+class PlainStream : public Stream {
 public:
-    Connection(int descriptor, ssl_ctx_st* tls)
-        : descriptor_(descriptor), tls_(tls ? SSL_new(tls) : nullptr, SSL_free) {
-        const timeval longest = {patience / 1000, 0};
-        setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &longest, sizeof longest);
-        const int yes = 1;
-        setsockopt(descriptor_, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
-    }
-    ~Connection() { close(descriptor_); } // without TLS's goodbye: whole answers state their length
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
+    explicit PlainStream(int socket) : socket_(socket) {}
 
-    bool isAccepted() { return !tls_ || (SSL_set_fd(tls_.get(), descriptor_) == 1 && SSL_accept(tls_.get()) == 1); }
+    bool isAccepted() override { return true; }
+    bool receive(char& byte) override { return recv(socket_, &byte, 1, 0) == 1; }
 
-    /// The head of a request; nothing when the client goes away first.
-    std::optional<Request> request() {
-        Request request;
-        char byte = 0;
-        while (!request.head.ends_with("\r\n\r\n")) {
-            if ((tls_ ? SSL_read(tls_.get(), &byte, 1) : recv(descriptor_, &byte, 1, 0)) != 1) {
-                return std::nullopt;
-            }
-            request.head += byte;
-        }
-        const auto start = request.head.find(' ') + 1;
-        request.path = request.head.substr(start, request.head.find(' ', start) - start);
-        return request;
-    }
-
-    bool send(const std::string& bytes) {
-        if (bytes.empty()) {
-            return true;
-        }
-        if (tls_) {
-            return SSL_write(tls_.get(), bytes.data(), static_cast<int>(bytes.size())) > 0;
-        }
+    bool send(const std::string& bytes) override {
         std::size_t sent = 0;
         while (sent < bytes.size()) {
-            const auto count = ::send(descriptor_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+            const auto count = ::send(socket_, bytes.data() + sent, bytes.size() - sent, 0);
             if (count <= 0) {
                 return false;
             }
@@ -118,16 +79,19 @@ public:
     }
 
 private:
-    int descriptor_;
-    std::unique_ptr<SSL, void (*)(SSL*)> tls_;
+    int socket_;
 };
 
-HTTPServer::HTTPServer(const Certificate* certificate)
-    : listener_(listenerOnLoopback()), address_(addressOf(listener_)),
-      tls_(certificate ? SSL_CTX_new(TLS_server_method()) : nullptr, SSL_CTX_free) {
-    if (certificate) {
-        require(SSL_CTX_use_certificate_file(tls_.get(), certificate->file().c_str(), SSL_FILETYPE_PEM) == 1, "file");
-        require(SSL_CTX_use_PrivateKey_file(tls_.get(), certificate->keyFile().c_str(), SSL_FILETYPE_PEM) == 1, "key");
+} // namespace
+
+HTTPServer::HTTPServer() : HTTPServer("http", [](int socket) { return std::make_unique<PlainStream>(socket); }) {}
+
+HTTPServer::HTTPServer(std::string scheme, MakeStream makeStream)
+    : scheme_(std::move(scheme)), makeStream_(std::move(makeStream)), listener_(listenerOnLoopback()),
+      address_(addressOf(listener_)) {
+    require(pipe(end_) == 0, "pipe");
+    for (const int descriptor : end_) {
+        keepToItself(descriptor, 0);
     }
     for (int i = 0; i < mostConnections; ++i) {
         threads_.emplace_back([this] { serve(); });
@@ -140,10 +104,11 @@ HTTPServer::~HTTPServer() {
         stopped_ = true;
     }
     changed_.notify_all();
-    shutdown(listener_, SHUT_RDWR);
+    close(end_[1]);
     for (auto& thread : threads_) {
         thread.join();
     }
+    close(end_[0]);
     close(listener_);
 }
 
@@ -165,7 +130,7 @@ void HTTPServer::release() {
 }
 
 std::string HTTPServer::url(const std::string& path) const {
-    return (tls_ ? "https://" : "http://") + address_ + path;
+    return scheme_ + "://" + address_ + path;
 }
 
 std::vector<HTTPServer::Request> HTTPServer::requests() const {
@@ -181,30 +146,65 @@ int HTTPServer::connections() const {
 void HTTPServer::serve() {
     sigset_t pipe;
     sigemptyset(&pipe);
-    sigaddset(&pipe, SIGPIPE); // OpenSSL writes to clients that went away
+    sigaddset(&pipe, SIGPIPE); // of clients that went away
     pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
-    for (int client = 0; (client = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
-        Connection connection(client, tls_.get());
-        serve(connection);
+    for (int client = 0; (client = accepted()) >= 0;) {
+        serve(*makeStream_(client));
+        close(client);
     }
 }
 
-void HTTPServer::serve(Connection& connection) {
+/// The next client's socket; negative when the server ends.
+int HTTPServer::accepted() {
+    while (true) {
+        pollfd waiting[] = {{listener_, POLLIN, 0}, {end_[0], POLLIN, 0}};
+        poll(waiting, 2, -1);
+        if (waiting[1].revents != 0) {
+            return -1;
+        }
+        const int client = accept(listener_, nullptr, nullptr);
+        if (client >= 0) {
+            keepToItself(client, 0);
+            const timeval longest = {patience, 0};
+            setsockopt(client, SOL_SOCKET, SO_RCVTIMEO, &longest, sizeof longest);
+            const int yes = 1;
+            setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
+            return client;
+        }
+    }
+}
+
+void HTTPServer::serve(Stream& client) {
     {
         const std::lock_guard guard(mutex_);
         ++connections_;
     }
-    if (!connection.isAccepted()) {
+    if (!client.isAccepted()) {
         return;
     }
-    if (const auto request = connection.request()) {
-        sendPieces(connection, piecesFor(*request));
+    if (const auto request = requestOf(client)) {
+        sendPieces(client, piecesFor(*request));
     }
 }
 
-void HTTPServer::sendPieces(Connection& connection, const std::vector<Piece>& pieces) {
+/// The head of a request; nothing when the client goes away first.
+std::optional<HTTPServer::Request> HTTPServer::requestOf(Stream& client) {
+    Request request;
+    char byte = 0;
+    while (!request.head.ends_with("\r\n\r\n")) {
+        if (!client.receive(byte)) {
+            return std::nullopt;
+        }
+        request.head += byte;
+    }
+    const auto start = request.head.find(' ') + 1;
+    request.path = request.head.substr(start, request.head.find(' ', start) - start);
+    return request;
+}
+
+void HTTPServer::sendPieces(Stream& client, const std::vector<Piece>& pieces) {
     for (const auto& piece : pieces) {
-        if (isStoppedAfter(piece.delay) || !connection.send(piece.bytes)) {
+        if (isStoppedAfter(piece.delay) || !client.send(piece.bytes)) {
             return;
         }
     }

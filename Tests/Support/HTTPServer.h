@@ -2,7 +2,7 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -11,25 +11,21 @@
 #include <thread>
 #include <vector>
 
-struct ssl_ctx_st;
-
 /// Servers of the unit tests, on this machine alone.
 namespace Seam {
 
-/// A certificate for 127.0.0.1 that nobody has signed but itself.
-class Certificate {
+/// What a client and a server send each other through.
+class Stream {
 public:
-    Certificate();
-    ~Certificate();
-    Certificate(const Certificate&) = delete;
-    Certificate& operator=(const Certificate&) = delete;
+    Stream() = default;
+    virtual ~Stream() = default;
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
 
-    /// In PEM, as SSL_CERT_FILE takes it.
-    std::filesystem::path file() const { return folder_ / "certificate.pem"; }
-    std::filesystem::path keyFile() const { return folder_ / "key.pem"; }
-
-private:
-    std::filesystem::path folder_;
+    virtual bool isAccepted() = 0;
+    /// False: there is none.
+    virtual bool receive(char& byte) = 0;
+    virtual bool send(const std::string& bytes) = 0;
 };
 
 /// Answers on threads of its own what it was told to, and 404 to everything else. Ends each connection after one
@@ -51,9 +47,8 @@ public:
         std::string head; // all its lines
     };
 
-    /// With a certificate: over TLS.
-    explicit HTTPServer(const Certificate* certificate = nullptr);
-    ~HTTPServer();
+    HTTPServer();
+    virtual ~HTTPServer();
     HTTPServer(const HTTPServer&) = delete;
     HTTPServer& operator=(const HTTPServer&) = delete;
 
@@ -72,18 +67,25 @@ public:
     /// How many connections were made, also those that asked nothing.
     int connections() const;
 
-private:
-    class Connection;
+protected:
+    /// What its clients speak, over sockets that the server closes.
+    using MakeStream = std::function<std::unique_ptr<Stream>(int socket)>;
+    HTTPServer(std::string scheme, MakeStream makeStream);
 
+private:
     void serve();
-    void serve(Connection& connection);
-    void sendPieces(Connection& connection, const std::vector<Piece>& pieces);
+    void serve(Stream& client);
+    int accepted();
+    std::optional<Request> requestOf(Stream& client);
+    void sendPieces(Stream& client, const std::vector<Piece>& pieces);
     std::vector<Piece> piecesFor(const Request& request);
     bool isStoppedAfter(std::chrono::milliseconds delay);
 
+    std::string scheme_;
+    MakeStream makeStream_;
     int listener_;
+    int end_[2] = {}; // a pipe, closed when the server ends
     std::string address_;
-    std::unique_ptr<ssl_ctx_st, void (*)(ssl_ctx_st*)> tls_;
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
