@@ -1,5 +1,6 @@
 """A tour of the real program on a virtual display. usage: tour.py FOLDER (for a picture of each step)"""
 
+import multiprocessing
 import pathlib
 import sys
 
@@ -18,7 +19,7 @@ class Tour:
         path = self.folder / f"{self.name}-{self.step:02}-{what}.png"
         self.desktop.wait_for_still_picture()
         self.desktop.screenshot(path, crop)
-        print(f"  {path}")
+        print(path, flush=True)
 
     def picture_of_window(self, what, window):
         self.desktop.xdotool("mousemove", 1, 1)
@@ -110,24 +111,26 @@ class Tour:
         wait_for(lambda: not desktop.windows())
 
 
+BY_LANGUAGE = [("en_GB.UTF-8", "en"), ("pt_BR.UTF-8", "pt")]
+BY_PANEL = [("light", "0xe0e0e0"), ("dark", "0x202020")]
+
+
 def main():
     folder = pathlib.Path(sys.argv[1])
     folder.mkdir(parents=True, exist_ok=True)
-    for language, name in (("en_GB.UTF-8", "en"), ("pt_BR.UTF-8", "pt")):
-        print(f"The tour in {language}:")
-        tour = Tour(folder, language, name)
-        with tour.desktop:
-            tour.take()
-    print("The Settings window in the dark:")
-    tour = Tour(folder, "en_GB.UTF-8", "dark")
+    tours = [(Tour.take, (folder, language, name)) for language, name in BY_LANGUAGE]
+    tours.append((Tour.take_dark, (folder, "en_GB.UTF-8", "dark")))
+    for name, color in BY_PANEL:
+        panel = ["--height", "48", "--transparent", "true", "--alpha", "0", "--tint", color]
+        tours.append((Tour.take_cups, (folder, "en_GB.UTF-8", f"cup-{name}", panel)))
+    with multiprocessing.Pool(4) as pool:  # each on a desktop of its own, where it mostly waits
+        pool.starmap(go, tours, chunksize=1)
+
+
+def go(take, arguments):
+    tour = Tour(*arguments)
     with tour.desktop:
-        tour.take_dark()
-    for name, colour in (("light", "0xe0e0e0"), ("dark", "0x202020")):
-        print(f"The cup on a {name} panel:")
-        tour = Tour(folder, "en_GB.UTF-8", f"cup-{name}", ["--height", "48", "--transparent", "true", "--alpha", "0",
-                                                           "--tint", colour])
-        with tour.desktop:
-            tour.take_cups()
+        take(tour)
 
 
 if __name__ == "__main__":

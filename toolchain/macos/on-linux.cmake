@@ -42,6 +42,7 @@ set(info ${bundle}/Contents/Info.plist)
 set(icon ${bundle}/Contents/Resources/${PRODUCT_NAME}.icns)
 set(slices)
 set(previous)
+set(tests ${VANTOREL_TESTS}) # with the first slice, which shows that they compile and link
 foreach(arch ${CMAKE_OSX_ARCHITECTURES})
     set(build ${CMAKE_BINARY_DIR}/${arch})
     set(runtime ${CMAKE_BINARY_DIR}/runtime-${arch})
@@ -50,7 +51,7 @@ foreach(arch ${CMAKE_OSX_ARCHITECTURES})
         COMMAND ${CMAKE_COMMAND} -S ${CMAKE_SOURCE_DIR} -B ${build} -G ${CMAKE_GENERATOR}
             --toolchain ${CMAKE_CURRENT_LIST_DIR}/cross.cmake
             -DVANTOREL_MACOS_ARCH=${arch} -DVANTOREL_MACOS_RUNTIME=${runtime}
-            -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DVANTOREL_TESTS=${VANTOREL_TESTS}
+            -DCMAKE_BUILD_TYPE=${CMAKE_BUILD_TYPE} -DCMAKE_UNITY_BUILD=ON -DVANTOREL_TESTS=${tests}
         COMMAND ${CMAKE_COMMAND} --build ${build}
         BYPRODUCTS ${build}/${program} ${build}/${info} ${build}/${icon}
         USES_TERMINAL VERBATIM)
@@ -58,6 +59,7 @@ foreach(arch ${CMAKE_OSX_ARCHITECTURES})
         add_dependencies(${arch} ${previous}) # each uses every core already
     endif()
     set(previous ${arch})
+    set(tests OFF)
     list(APPEND slices ${build}/${program})
 endforeach()
 
