@@ -53,6 +53,16 @@ void AppDelegate::start() {
     Updater::start();
 }
 
+// The way in where no bar shows the cup.
+bool AppDelegate::applicationShouldHandleReopen(bool) {
+    if (welcomeController_) {
+        welcomeController_->show();
+    } else if (settingsController_) {
+        settingsController_->show();
+    }
+    return false;
+}
+
 void AppDelegate::applicationWillTerminate(const NS::Notification&) {
     sleepGuard_->deactivate();
 }

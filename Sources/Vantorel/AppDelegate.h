@@ -15,6 +15,7 @@ class AppDelegate : public NS::ApplicationDelegate, public std::enable_shared_fr
 public:
     void applicationDidFinishLaunching(const NS::Notification& notification) override;
     void applicationWillTerminate(const NS::Notification& notification) override;
+    bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
 
 private:
     void welcome();

@@ -96,6 +96,18 @@ class Session(unittest.TestCase):
         self.assertIn("no display", result.stderr)
         self.assertEqual(len(result.stderr.splitlines()), 1)
 
+    def test_a_display_that_does_not_answer_is_none(self):
+        with Desktop() as desktop:
+            desktop.environment["DISPLAY"] = ":9999"
+            desktop.start(expects_status=1, expects_log="no display: ").wait(20)
+            self.assertEqual(len(desktop.log().splitlines()), 1)
+
+    def test_where_nothing_shows_the_cup_it_says_so_once(self):
+        with Desktop(tray=False) as desktop:
+            desktop.start_as_returning_user(expects_log="nothing here shows the cup: ")
+            wait_for(desktop.log, 20)
+            self.assertEqual(len(desktop.log().splitlines()), 1)
+
     def test_arguments_are_ignored(self):
         with Desktop() as desktop:
             desktop.store({"appLanguage": "en"})

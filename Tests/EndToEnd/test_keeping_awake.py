@@ -8,6 +8,9 @@ from desktop import REASON, Desktop, wait_for
 
 SCREENSAVER_ENTRY = f"Vantorel|{REASON}"
 LOGIND_ENTRY = f"idle|Vantorel|{REASON}|block"
+SESSION_MANAGER_ENTRY = f"Vantorel|{REASON}|8"
+POWER_MANAGEMENT_ENTRY = f"Vantorel|{REASON}"
+LOGGED = {"environment": {"QT_LOGGING_RULES": "vantorel.*=true"}, "expects_log": "vantorel."}
 
 
 class ScreenSleep(unittest.TestCase):
@@ -92,6 +95,45 @@ class Inhibitors(unittest.TestCase):
         self.expect_released()
 
 
+class EveryMeans(unittest.TestCase):
+    def test_all_are_asked_and_given_back(self):
+        with Desktop(session_manager=True, power_management=True) as desktop:
+            desktop.start_as_returning_user()
+            for _ in range(2):
+                desktop.click_cup()
+                for service, entry in {"screensaver": SCREENSAVER_ENTRY, "logind": LOGIND_ENTRY,
+                                       "sessionmanager": SESSION_MANAGER_ENTRY,
+                                       "powermanagement": POWER_MANAGEMENT_ENTRY}.items():
+                    self.assertEqual(wait_for(lambda: desktop.inhibitors(service), what=service), [entry])
+                desktop.click_cup()
+                for service in ("screensaver", "logind", "sessionmanager", "powermanagement"):
+                    wait_for(lambda: not desktop.inhibitors(service), 2, service)
+            desktop.click_cup()
+            desktop.end(signal.SIGKILL)
+            for service in ("screensaver", "logind", "sessionmanager", "powermanagement"):
+                wait_for(lambda: not desktop.inhibitors(service), 2, service)
+
+    def test_what_was_granted_can_be_seen_by_whoever_asks(self):
+        with Desktop(logind=False) as desktop:
+            desktop.start_as_returning_user(**LOGGED)
+            desktop.click_cup()
+            for line in ("vantorel.power: org.freedesktop.ScreenSaver granted",
+                         "vantorel.power: org.gnome.SessionManager refused",
+                         "vantorel.power: the session is held", "vantorel.bar: the cup is an icon of the X11 tray"):
+                wait_for(lambda: line in desktop.log(), 3, line)
+
+    def test_the_idle_time_begins_anew_only_where_nothing_else_covers_it(self):
+        with Desktop() as bare, Desktop(session_manager=True) as covered, Desktop() as off:
+            for desktop in (bare, covered, off):
+                desktop.start_as_returning_user()
+                desktop.point_at_cup()
+            for desktop in (bare, covered):
+                desktop.xdotool("click", 1)
+                wait_for(desktop.cup_is_filled)
+            wait_for(lambda: covered.idle_seconds() > 32 and off.idle_seconds() > 32, 45, "half a minute")
+            self.assertLess(bare.idle_seconds(), 15)
+
+
 class Refusals(unittest.TestCase):
     def expect_usable(self, desktop):
         """The cup turns on and off, nothing crashes, nothing is shown."""
@@ -102,18 +144,23 @@ class Refusals(unittest.TestCase):
         desktop.settle()
         self.assertEqual(desktop.end(), 0)
 
+    def expect_that_nothing_holds(self, desktop):
+        desktop.start_as_returning_user(**LOGGED)
+        desktop.click_cup()
+        wait_for(lambda: "nothing holds the session" in desktop.log())
+        self.assertFalse(desktop.cup_is_filled())
+
     def test_with_every_inhibitor_refused_the_cup_stays_an_outline(self):
-        with Desktop(refuses=True, x_extension=False) as desktop:
-            desktop.start_as_returning_user()
-            desktop.click_cup()
-            desktop.settle()
-            self.assertFalse(desktop.cup_is_filled())
+        with Desktop(refuses=True, session_manager=True, power_management=True, silent_compositor=True) as desktop:
+            self.expect_that_nothing_holds(desktop)
 
     def test_one_inhibitor_is_enough(self):
         for name, lacking in {
-            "X server": {"session_bus": False, "system_bus": False},
-            "ScreenSaver": {"system_bus": False, "x_extension": False},
-            "logind": {"session_bus": False, "x_extension": False},
+            "X server's saver": {"session_bus": False, "system_bus": False},
+            "X server's idle time": {"session_bus": False, "system_bus": False, "x_extension": False},
+            "ScreenSaver": {"system_bus": False, "silent_compositor": True},
+            "SessionManager": {"system_bus": False, "screensaver": False, "session_manager": True,
+                               "silent_compositor": True},
         }.items():
             with self.subTest(name), Desktop(**lacking) as desktop:
                 desktop.start_as_returning_user()
@@ -121,12 +168,26 @@ class Refusals(unittest.TestCase):
                 wait_for(desktop.cup_is_filled)
                 self.expect_usable(desktop)
 
-    def test_without_any_service_the_cup_stays_an_outline(self):
-        with Desktop(session_bus=False, system_bus=False, x_extension=False) as desktop:
+    def test_logind_alone_is_enough_only_where_somebody_looks_at_it(self):
+        with Desktop(session_bus=False, silent_compositor=True) as desktop:
+            desktop.environment["XDG_CURRENT_DESKTOP"] = "KDE"
             desktop.start_as_returning_user()
             desktop.click_cup()
-            desktop.settle()
-            self.assertFalse(desktop.cup_is_filled())
+            wait_for(desktop.cup_is_filled)
+            self.assertEqual(desktop.logind_inhibitors(), [LOGIND_ENTRY])
+        with Desktop(session_bus=False, silent_compositor=True) as desktop:
+            desktop.environment["XDG_CURRENT_DESKTOP"] = "MATE"
+            self.expect_that_nothing_holds(desktop)
+            wait_for(lambda: not desktop.logind_inhibitors())
+
+    def test_a_power_manager_alone_is_not_enough(self):
+        with Desktop(system_bus=False, screensaver=False, power_management=True, silent_compositor=True) as desktop:
+            self.expect_that_nothing_holds(desktop)
+            wait_for(lambda: not desktop.inhibitors("powermanagement"))
+
+    def test_without_any_service_the_cup_stays_an_outline(self):
+        with Desktop(session_bus=False, system_bus=False, silent_compositor=True) as desktop:
+            self.expect_that_nothing_holds(desktop)
             self.expect_usable(desktop)
 
     def test_services_that_are_absent_are_no_hindrance(self):
@@ -149,6 +210,34 @@ class Refusals(unittest.TestCase):
             self.assertEqual(desktop.end(), 0)
             desktop.screensaver_process.send_signal(signal.SIGCONT)
             wait_for(lambda: not desktop.screensaver_inhibitors(), 3, "a late inhibitor to go")
+
+    def test_buses_that_hang_hold_up_neither_the_start_nor_a_click(self):
+        with Desktop() as desktop:
+            buses = [desktop.session_bus_process, desktop.system_bus_process]
+            for bus in buses:
+                bus.send_signal(signal.SIGSTOP)
+                self.addCleanup(bus.send_signal, signal.SIGCONT)
+            desktop.start_as_returning_user()
+            wait_for(desktop.cup_window, 4, "the cup, though no bus answers")
+            began = time.monotonic()
+            desktop.click_cup()
+            wait_for(desktop.cup_is_filled, 2)
+            self.assertLess(time.monotonic() - began, 2)
+            for bus in buses:
+                bus.send_signal(signal.SIGCONT)
+            self.assertEqual(wait_for(desktop.screensaver_inhibitors), [SCREENSAVER_ENTRY])
+            self.assertEqual(wait_for(desktop.logind_inhibitors), [LOGIND_ENTRY])
+            for bus in buses:
+                bus.send_signal(signal.SIGSTOP)
+            for filled in (False, True, False):
+                desktop.click_cup()
+                wait_for(lambda: desktop.cup_is_filled() == filled, 2)
+            for bus in buses:
+                bus.send_signal(signal.SIGCONT)
+            wait_for(lambda: not desktop.screensaver_inhibitors(), 3)
+            wait_for(lambda: not desktop.logind_inhibitors(), 3)
+            self.assertEqual(desktop.end(), 0)
+            self.assertEqual(desktop.log(), "")
 
     def test_buses_that_die_are_no_hindrance(self):
         with Desktop() as desktop:

@@ -1,11 +1,13 @@
 """The Settings window, by mouse, keyboard and screen reader."""
 
 import configparser
+import shutil
 import time
 import unittest
 
 import Xlib.X
-from desktop import APP, Desktop, wait_for
+import Xlib.Xatom
+from desktop import APP, IDENTIFIER, ROOT, Desktop, wait_for
 from server import Server
 from settings_window import (CONTROLS, LANGUAGE, LOGIN, LOGIN_HINT, OFF, ON, PORTUGUESE_CONTROLS, REFUSED, SCHEDULE,
                              UPDATES, Settings)
@@ -128,6 +130,20 @@ class ForScreenReaders(Settings):
 class Opening(Settings):
     def setUp(self):
         self.open_desktop()
+
+    def test_its_window_has_the_programs_icon(self):
+        icons = self.desktop.folder / "share/icons/hicolor"
+        (icons / "128x128/apps").mkdir(parents=True)
+        shutil.copy(ROOT / "Packaging/icons/128.png", icons / f"128x128/apps/{IDENTIFIER}.png")
+        (icons / "index.theme").write_text("[Icon Theme]\nName=hicolor\nDirectories=128x128/apps\n"
+                                           "[128x128/apps]\nSize=128\nType=Fixed\n")
+        self.start(environment={"XDG_DATA_DIRS": str(self.desktop.folder / "share")})
+        self.open()
+        display = self.desktop.display
+        window = display.create_resource_object("window", self.window)
+        icon = window.get_full_property(display.get_atom("_NET_WM_ICON"), Xlib.Xatom.CARDINAL)
+        self.assertIsNotNone(icon)
+        self.assertEqual(list(icon.value[:2]), [128, 128])
 
     def test_it_shows_how_things_are(self):
         self.start(scheduleEnabled=True, autoUpdate=False, scheduleOnMinutes=0, scheduleOffMinutes=1439)

@@ -13,6 +13,8 @@ Power& power() {
 
 namespace Linux {
 
+void preparePower() {}
+
 IOReturn createPowerAssertion(const std::string& type, IOPMAssertionLevel level, const std::string& name,
                               IOPMAssertionID* id) {
     constexpr IOReturn refused = -536870212;

@@ -5,6 +5,7 @@ import json
 import os
 import pathlib
 import plistlib
+import shutil
 import signal
 import socket
 import subprocess
@@ -23,6 +24,13 @@ IDENTIFIER = "com.korvex.vantorel"
 REASON = "Vantorel is keeping your Mac awake"
 
 PORTAL = ("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings")
+
+SERVICES = {
+    "screensaver": ("session", "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver"),
+    "sessionmanager": ("session", "org.gnome.SessionManager", "/org/gnome/SessionManager"),
+    "powermanagement": ("session", "org.freedesktop.PowerManagement", "/org/freedesktop/PowerManagement/Inhibit"),
+    "logind": ("system", "org.freedesktop.login1", "/org/freedesktop/login1"),
+}
 
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -55,6 +63,7 @@ class Desktop(contextlib.AbstractContextManager):
     """What is not there, is not there: pass False for what the session lacks."""
 
     def __init__(self, *, tray=True, session_bus=True, system_bus=True, screensaver=True, logind=True,
+                 session_manager=False, power_management=False, silent_compositor=False, sway=False,
                  x_extension=True, window_manager=False, language="en_GB.UTF-8", refuses=False,
                  screen="1024x768x24", tray_options=()):
         self.stack = contextlib.ExitStack()
@@ -88,6 +97,10 @@ class Desktop(contextlib.AbstractContextManager):
                 self.start_bus("session")
                 if screensaver:
                     self.start_service("screensaver")
+                if session_manager:
+                    self.start_service("sessionmanager")
+                if power_management:
+                    self.start_service("powermanagement")
             else:
                 self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.folder}/no-session-bus"
             if system_bus:
@@ -96,6 +109,10 @@ class Desktop(contextlib.AbstractContextManager):
                     self.start_service("logind")
             else:
                 self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={self.folder}/no-system-bus"
+            if silent_compositor:
+                self._start_silent_compositor()
+            if sway:
+                self._start_sway()
             if window_manager:
                 self._start_window_manager()
             if tray:
@@ -153,6 +170,31 @@ class Desktop(contextlib.AbstractContextManager):
         self.display = Xlib.display.Display(self.environment["DISPLAY"])
         self.stack.callback(self._close_display)
 
+    def _start_silent_compositor(self):
+        """Something that takes Wayland's connections and never answers: a Wayland session, so that the X server counts for
+        Xwayland, in which the compositor inhibits nothing."""
+        listener = self.stack.enter_context(socket.socket(socket.AF_UNIX))
+        listener.bind(str(self.folder / "wayland-silent"))
+        listener.listen()
+        self.environment["WAYLAND_DISPLAY"] = "wayland-silent"
+
+    def _start_sway(self):
+        """Beside the X server, as if that were Xwayland."""
+        folder = pathlib.Path(self.stack.enter_context(tempfile.TemporaryDirectory(prefix="sway-")))
+        configuration = folder / "config"
+        configuration.write_text("xwayland disable\noutput HEADLESS-1 resolution 800x600\n")
+        command = ["sway", "-c", str(configuration)]
+        if os.geteuid() == 0:  # sway refuses to run as root
+            shutil.chown(folder, "nobody", "nogroup")
+            shutil.chown(configuration, "nobody", "nogroup")
+            command[:0] = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"]
+        self.spawn(command, environment={
+            "WLR_BACKENDS": "headless", "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman",
+            "XDG_RUNTIME_DIR": str(folder)})
+        control = wait_for(lambda: next(folder.glob("sway-ipc.*.sock"), None), what="sway")
+        wait_for((folder / "wayland-1").exists, what="sway's socket")
+        self.environment |= {"SWAYSOCK": str(control), "WAYLAND_DISPLAY": str(folder / "wayland-1")}
+
     def _start_window_manager(self):
         self.spawn(["openbox", "--sm-disable"], environment={"XDG_CONFIG_DIRS": "/etc/xdg"})
         wait_for(self._manages_windows, what="the window manager")
@@ -174,6 +216,10 @@ class Desktop(contextlib.AbstractContextManager):
     def _close_display(self):
         with contextlib.suppress(Xlib.error.ConnectionClosedError):
             self.display.close()
+
+    def idle_seconds(self):
+        """How long ago the X server heard of the user, or of a program that says so."""
+        return self.display.screen().root.screensaver_query_info().idle / 1000
 
     def screen_saver_is_on(self):
         return self.display.screen().root.screensaver_query_info().state == Xlib.ext.screensaver.StateOn
@@ -286,8 +332,7 @@ class Desktop(contextlib.AbstractContextManager):
         return dbus.bus.BusConnection(self.environment[f"DBUS_{kind.upper()}_BUS_ADDRESS"])
 
     def start_service(self, name):
-        kind, bus_name = {"screensaver": ("session", "org.freedesktop.ScreenSaver"),
-                          "logind": ("system", "org.freedesktop.login1")}[name]
+        kind, bus_name = SERVICES[name][:2]
         template = HERE / "mocks" / f"{name}.py"
         process = self.spawn([sys.executable, "-m", "dbusmock", "--template", str(template),
                               "-p", '{"refuses": %s}' % str(self.refuses).lower()])
@@ -298,13 +343,14 @@ class Desktop(contextlib.AbstractContextManager):
         return process
 
     def screensaver_inhibitors(self):
-        return self._inhibitors(self._screensaver_bus, "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver")
+        return self.inhibitors("screensaver")
 
     def logind_inhibitors(self):
-        return self._inhibitors(self._logind_bus, "org.freedesktop.login1", "/org/freedesktop/login1")
+        return self.inhibitors("logind")
 
-    @staticmethod
-    def _inhibitors(bus, name, path):
+    def inhibitors(self, service):
+        _, name, path = SERVICES[service]
+        bus = getattr(self, f"_{service}_bus")
         return [str(text) for text in bus.get_object(name, path).List(dbus_interface="test.Inhibitors")]
 
     # The settings portal

@@ -18,6 +18,8 @@ public:
     virtual ~ApplicationDelegate() = default;
     virtual void applicationDidFinishLaunching(const Notification& notification) = 0;
     virtual void applicationWillTerminate(const Notification& notification) = 0;
+    /// The user started the application a second time. True leaves it to AppKit to open what it thinks fit.
+    virtual bool applicationShouldHandleReopen(bool /*hasVisibleWindows*/) { return true; }
 };
 
 /// The running application and its event loop (NSApplication). Main thread only.

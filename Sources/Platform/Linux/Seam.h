@@ -61,6 +61,9 @@ std::unique_ptr<StatusItemPresenter> makeStatusItemPresenter(StatusItemNative& i
 
 // Power
 
+/// Connects to whatever keeps the session from idling, without waiting: a click then only has to ask.
+void preparePower();
+
 /// Keeps the session from idling, by `name` as the reason. On success (0) writes an identifier other than 0 to `id`;
 /// otherwise, when nothing that restrains this session grants it, leaves `id` alone.
 IOReturn createPowerAssertion(const std::string& type, IOPMAssertionLevel level, const std::string& name,
@@ -73,5 +76,8 @@ IOReturn releasePowerAssertion(IOPMAssertionID id);
 /// Applies the color scheme that the session says the user prefers, now and at each change, as long as the result
 /// lives. Null where no session says anything.
 std::unique_ptr<QObject> followColorScheme();
+
+/// Lets screen readers know of the windows, as soon as the session can tell them.
+void meetScreenReaders();
 
 } // namespace Linux

@@ -76,6 +76,24 @@ TEST_F(AppDelegateTest, ARefusedLoginItemDoesNotStopTheStart) {
     EXPECT_EQ(Seam::statusItems().size(), 1U);
 }
 
+TEST_F(AppDelegateTest, ASecondStartShowsTheWelcomeWindowWhileItWaits) {
+    launch();
+    windows().at(0).orderOut();
+    EXPECT_FALSE(delegate->applicationShouldHandleReopen(false));
+    ASSERT_EQ(windows().size(), 1U);
+    EXPECT_TRUE(windows().at(0).isVisible());
+    EXPECT_TRUE(Seam::statusItems().empty());
+}
+
+TEST_F(AppDelegateTest, ASecondStartShowsSettings) {
+    Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
+    launch();
+    EXPECT_FALSE(delegate->applicationShouldHandleReopen(false));
+    ASSERT_EQ(windows().size(), 1U);
+    EXPECT_EQ(windows().at(0).title(), "Vantorel Settings");
+    EXPECT_TRUE(windows().at(0).isVisible());
+}
+
 TEST_F(AppDelegateTest, QuittingFromTheWelcomeWindowLeavesNoLanguage) {
     launch();
     terminate();

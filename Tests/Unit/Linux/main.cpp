@@ -21,7 +21,7 @@ public:
         qputenv("LANG", "en_GB.UTF-8");
         qputenv("KORVEX_UPDATE_BASE", "http://127.0.0.1:1"); // nobody answers: tests talk to nobody else's server
         for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "DBUS_SESSION_BUS_ADDRESS", "http_proxy",
-                                 "https_proxy", "all_proxy", "HTTPS_PROXY", "ALL_PROXY"}) {
+                                 "https_proxy", "all_proxy", "HTTPS_PROXY", "ALL_PROXY", "XDG_RUNTIME_DIR"}) {
             qunsetenv(name);
         }
         NS::Application::sharedApplication();

@@ -1,9 +1,10 @@
 #include "Platform/AppKit/Application.h"
 
 #include "Platform/Foundation/Bundle.h"
-#include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "Platform/Linux/AppKit/CurrentEvent.h"
+#include "Platform/Linux/AppKit/DisplayServer.h"
+#include "Platform/Linux/AppKit/OneCopy.h"
 #include "Platform/Linux/AppKit/Palette.h"
 #include "Platform/Linux/AppKit/TerminationSignals.h"
 #include "Platform/Linux/AppKit/WindowNative.h"
@@ -14,6 +15,7 @@
 
 #include <QApplication>
 #include <QSessionManager>
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -27,21 +29,8 @@ constexpr auto workersPatience = std::chrono::milliseconds(1500);
 
 std::optional<Event> currentEventOfApplication;
 
-// Qt would end the process by a crash.
-void requireDisplay() {
-    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        return;
-    }
-    if (qEnvironmentVariableIsSet("DISPLAY")) { // with a Wayland session too: a menu can be placed at the cup
-        qputenv("QT_QPA_PLATFORM", "xcb");
-    } else if (!qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
-        Log("no display: DISPLAY and WAYLAND_DISPLAY are unset");
-        std::exit(EXIT_FAILURE);
-    }
-}
-
 QApplication* makeApplication() {
-    requireDisplay();
+    chooseDisplayServer();
     static int argc = 1;
     static char* argv[] = {program_invocation_short_name, nullptr}; // which also names the windows' class
     auto* application = new QApplication(argc, argv);
@@ -101,8 +90,19 @@ void Application::setDelegate(const std::shared_ptr<ApplicationDelegate>& delega
 
 void Application::run() {
     auto& self = native(*this);
+    OneCopy copy(Bundle::mainBundle().bundleIdentifier().value_or(""), [this, &self] {
+        const bool anyVisible = std::ranges::any_of(windows(), [](const Window& window) { return window.isVisible(); });
+        if (const auto delegate = self.delegate.lock()) {
+            delegate->applicationShouldHandleReopen(anyVisible);
+        }
+    });
+    if (!copy.isFirst()) {
+        return;
+    }
     const TerminationSignals signals([this] { terminate(); });
     const auto following = followColorScheme();
+    preparePower();
+    meetScreenReaders();
     QMetaObject::invokeMethod(
         self.application,
         [&self] {
@@ -111,7 +111,8 @@ void Application::run() {
             }
         },
         Qt::QueuedConnection);
-    QApplication::exec();
+    QCoreApplication::exec();
+    copy.stopListening();
     if (const auto delegate = self.delegate.lock()) {
         delegate->applicationWillTerminate({"NSApplicationWillTerminateNotification"});
     }

@@ -5,6 +5,8 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QCloseEvent>
+#include <QGuiApplication>
+#include <QIcon>
 #include <QRadioButton>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -33,6 +35,7 @@ public:
         : QWidget(nullptr, flags(style)), closable_(contains(style, WindowStyleMask::Closable)) {
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
+        setWindowIcon(QIcon::fromTheme(QGuiApplication::desktopFileName())); // on Wayland that name is enough
     }
 
 protected:

@@ -1,4 +1,5 @@
 #include "Platform/Linux/AppKit/Palette.h"
+#include "Platform/Linux/BusProbe.h"
 #include "Platform/Linux/DBus.h"
 #include "Platform/Linux/Seam.h"
 
@@ -38,11 +39,12 @@ void apply(const QVariant& value) {
 } // namespace
 
 /// The session's settings, as desktops of every kind tell them on the session bus: here whether the user prefers dark.
+/// https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.Settings.html
 class SettingsPortal final : public QObject {
     Q_OBJECT
 
 public:
-    explicit SettingsPortal(const QDBusConnection& bus);
+    void follow(const QDBusConnection& bus);
 
 private Q_SLOTS:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
@@ -51,7 +53,7 @@ private:
     void read(const QDBusConnection& bus);
 };
 
-SettingsPortal::SettingsPortal(const QDBusConnection& bus) {
+void SettingsPortal::follow(const QDBusConnection& bus) {
     qRegisterMetaType<QDBusVariant>(); // Qt takes no slot with one before something else has made it known
     // From any sender: to name one makes Qt ask for its owner and wait.
     QDBusConnection(bus).connect(QString(), path, interface, QStringLiteral("SettingChanged"), {group, key},
@@ -74,8 +76,9 @@ void SettingsPortal::settingChanged(const QString&, const QString&, const QDBusV
 }
 
 std::unique_ptr<QObject> followColorScheme() {
-    const auto bus = QDBusConnection::sessionBus();
-    return bus.isConnected() ? std::make_unique<SettingsPortal>(bus) : nullptr;
+    auto portal = std::make_unique<SettingsPortal>();
+    const auto follow = [&portal = *portal] { portal.follow(QDBusConnection::sessionBus()); };
+    return whenBusAnswers(BusKind::Session, portal.get(), follow) ? std::move(portal) : nullptr;
 }
 
 } // namespace Linux

@@ -2,15 +2,22 @@
 #include "Platform/Linux/Bar/StatusNotifierItem.h"
 #include "Platform/Linux/Bar/StatusNotifierWatch.h"
 #include "Platform/Linux/Bar/SystemTrayIcon.h"
+#include "Platform/Linux/BusProbe.h"
+#include "Platform/Linux/Logging.h"
 
 #include <QDBusConnection>
 #include <QGuiApplication>
+#include <QTimer>
 #include <X11/Xlib.h>
+#include <chrono>
+#include <cstdio>
 #include <optional>
 
 namespace Linux {
 
 namespace {
+
+using namespace std::chrono_literals;
 
 std::unique_ptr<SystemTray> systemTray() {
     const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
@@ -29,17 +36,31 @@ public:
     void toolTipChanged() override;
 
 private:
+    void busAnswered();
+    void complain() const;
     void changeOver();
     std::unique_ptr<StatusItemPresenter> notifierItem();
 
     StatusItemNative& item_;
     const QString name_ = QCoreApplication::applicationName();
     const std::unique_ptr<SystemTray> tray_ = systemTray(); // absent without X11
-    std::optional<StatusNotifierWatch> watch_;              // absent without a session bus
+    std::optional<StatusNotifierWatch> watch_;              // absent without a session bus that answers
     std::unique_ptr<StatusItemPresenter> shown_;
+    QTimer patience_; // for a bus that hangs
 };
 
 SessionPresenter::SessionPresenter(StatusItemNative& item) : item_(item) {
+    patience_.setSingleShot(true);
+    QObject::connect(&patience_, &QTimer::timeout, &patience_, [this] { changeOver(); });
+    if (whenBusAnswers(BusKind::Session, &patience_, [this] { busAnswered(); })) {
+        patience_.start(500ms);
+    }
+    QTimer::singleShot(10s, &patience_, [this] { complain(); }); // a session may start its panel after us
+    changeOver();
+}
+
+void SessionPresenter::busAnswered() {
+    patience_.stop();
     const auto bus = QDBusConnection::sessionBus();
     if (bus.isConnected()) {
         watch_.emplace(bus);
@@ -48,10 +69,24 @@ SessionPresenter::SessionPresenter(StatusItemNative& item) : item_(item) {
     changeOver();
 }
 
+// On standard error alone: the system's log has no use for what a desktop lacks.
+void SessionPresenter::complain() const {
+    const bool isSeen = (watch_ && watch_->host() == StatusNotifierWatch::Host::Present) || (tray_ && *tray_);
+    if (!isSeen) {
+        std::fputs("nothing here shows the cup: there is neither a StatusNotifier host (on GNOME, the AppIndicator "
+                   "extension) nor an X11 tray; a second start shows Settings\n",
+                   stderr);
+    }
+}
+
 void SessionPresenter::changeOver() {
     using Host = StatusNotifierWatch::Host;
     shown_.reset(); // first, so that the cup never shows twice
-    const Host host = watch_ ? watch_->host() : Host::Absent;
+    const Host host = watch_ ? watch_->host() : patience_.isActive() ? Host::Unknown : Host::Absent;
+    qCDebug(barLog) << "the cup is"
+                    << (host == Host::Present           ? "a StatusNotifierItem"
+                        : host == Host::Absent && tray_ ? "an icon of the X11 tray"
+                                                        : "not shown");
     if (host == Host::Present) {
         shown_ = notifierItem();
     } else if (host == Host::Absent && tray_) {

@@ -1,5 +1,6 @@
 #include "Platform/AppKit/Workspace.h"
 #include "Platform/Foundation/NotificationCenter.h"
+#include "Platform/Linux/BusProbe.h"
 #include "Platform/Linux/Clock/Sleep.h"
 #include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Seam.h"
@@ -32,6 +33,7 @@ public:
 private:
     Q_SLOT void prepareForSleep(bool goingToSleep);
     Q_SLOT void zoneMayHaveChanged();
+    void watchServices();
     void watchClock();
     void armClock();
 
@@ -48,6 +50,15 @@ std::shared_ptr<void> watchSystem(const NotificationCenter& workspaceCenter) {
 
 SystemEvents::SystemEvents(NotificationCenter workspaceCenter)
     : workspaceCenter_(std::move(workspaceCenter)), zone_(systemTimeZone().id()) {
+    whenBusAnswers(BusKind::System, this, [this] { watchServices(); });
+    // The folder for a link or a file that is replaced, the file for one that is written to.
+    files_.addPaths({QStringLiteral("/etc"), QStringLiteral("/etc/localtime")});
+    connect(&files_, &QFileSystemWatcher::directoryChanged, this, &SystemEvents::zoneMayHaveChanged);
+    connect(&files_, &QFileSystemWatcher::fileChanged, this, &SystemEvents::zoneMayHaveChanged);
+    watchClock();
+}
+
+void SystemEvents::watchServices() {
     // Signals by path and interface: naming the sender would make Qt wait for an answer about its owner.
     auto bus = QDBusConnection::systemBus();
     bus.connect(QString(), QStringLiteral("/org/freedesktop/login1"), QStringLiteral("org.freedesktop.login1.Manager"),
@@ -55,11 +66,6 @@ SystemEvents::SystemEvents(NotificationCenter workspaceCenter)
     bus.connect(QString(), QStringLiteral("/org/freedesktop/timedate1"),
                 QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"), this,
                 SLOT(zoneMayHaveChanged()));
-    // The folder for a link or a file that is replaced, the file for one that is written to.
-    files_.addPaths({QStringLiteral("/etc"), QStringLiteral("/etc/localtime")});
-    connect(&files_, &QFileSystemWatcher::directoryChanged, this, &SystemEvents::zoneMayHaveChanged);
-    connect(&files_, &QFileSystemWatcher::fileChanged, this, &SystemEvents::zoneMayHaveChanged);
-    watchClock();
 }
 
 void SystemEvents::prepareForSleep(bool goingToSleep) {

@@ -6,6 +6,7 @@
 #include "Platform/Linux/Foundation/Spawn.h"
 #include "Platform/Linux/Foundation/Transfers.h"
 #include "Platform/Linux/Foundation/URLNative.h"
+#include "Platform/Linux/Logging.h"
 #include "Platform/Linux/Transfer/Protocol.h"
 #include "Platform/NoDestructor.h"
 
@@ -153,7 +154,14 @@ std::optional<HTTPURLResponse> responseTo(const URLRequest& request, const Sink&
         return std::nullopt;
     }
     try {
-        return TransferProcess(request).run(sink);
+        qCDebug(transferLog) << "begin" << request.url.absoluteString().c_str();
+        auto response = TransferProcess(request).run(sink);
+        if (response) {
+            qCDebug(transferLog) << "status" << response->statusCode;
+        } else {
+            qCDebug(transferLog) << "failed";
+        }
+        return response;
     } catch (const std::bad_alloc&) { // a body larger than the memory
         return std::nullopt;
     }

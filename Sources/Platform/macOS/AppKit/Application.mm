@@ -28,6 +28,14 @@
     }
 }
 
+- (BOOL)applicationShouldHandleReopen:(NSApplication*)__unused sender hasVisibleWindows:(BOOL)hasVisibleWindows {
+    BOOL isLeftToAppKit = YES;
+    if (const auto delegate = _delegate.lock()) {
+        macOS::enter([&] { isLeftToAppKit = delegate->applicationShouldHandleReopen(hasVisibleWindows); });
+    }
+    return isLeftToAppKit;
+}
+
 - (void)applicationWillTerminate:(NSNotification*)notification {
     if (const auto delegate = _delegate.lock()) {
         macOS::enter([&] { delegate->applicationWillTerminate(macOS::toNotification(notification)); });

@@ -116,6 +116,7 @@ extern NSNotificationName const NSWorkspaceDidWakeNotification;
 @protocol NSApplicationDelegate <NSObject>
 @optional
 - (void)applicationDidFinishLaunching:(NSNotification*)notification;
+- (BOOL)applicationShouldHandleReopen:(NSApplication*)sender hasVisibleWindows:(BOOL)hasVisibleWindows;
 - (void)applicationWillTerminate:(NSNotification*)notification;
 @end
 

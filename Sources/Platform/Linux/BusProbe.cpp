@@ -1,0 +1,54 @@
+#include "Platform/Linux/BusProbe.h"
+
+#include <cerrno>
+#include <utility>
+
+namespace Linux {
+
+namespace {
+
+/// A connection that lasts until the bus has answered. sd-bus gives up on one that hangs for long, and says so when the
+/// bus has come to.
+class BusProbe final : public QObject {
+public:
+    BusProbe(BusKind kind, QObject* owner, std::function<void()> done)
+        : QObject(owner), bus_(kind, "probe"), done_(std::move(done)) {
+        bus_.lost = [this](int error) {
+            if (error != ETIMEDOUT || !ask()) {
+                deleteLater();
+            }
+        };
+    }
+
+    bool ask() {
+        if (!bus_.open() ||
+            sd_bus_call_method_async(bus_.get(), nullptr, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                     "org.freedesktop.DBus", "GetId", answered, this, nullptr) < 0) {
+            return false;
+        }
+        bus_.process();
+        return true;
+    }
+
+private:
+    static int answered(sd_bus_message* answer, void* probe, sd_bus_error*) {
+        auto& self = *static_cast<BusProbe*>(probe);
+        if (sd_bus_message_is_method_error(answer, nullptr) == 0) {
+            QMetaObject::invokeMethod(self.parent(), self.done_, Qt::QueuedConnection);
+        }
+        self.deleteLater();
+        return 0;
+    }
+
+    BusConnection bus_;
+    const std::function<void()> done_;
+};
+
+} // namespace
+
+bool whenBusAnswers(BusKind kind, QObject* owner, std::function<void()> done) {
+    auto probe = std::make_unique<BusProbe>(kind, owner, std::move(done));
+    return probe->ask() && probe.release();
+}
+
+} // namespace Linux
