@@ -3,6 +3,7 @@
 import time
 import unittest
 
+import Xlib.Xatom
 from desktop import REASON, Desktop, wait_for
 from statusnotifier_host import StatusNotifierHost
 
@@ -34,7 +35,7 @@ def line(label, shortcut=None, enabled=True):
 
 def menu(language, active):
     state, toggle, settings, leave = LABELS[language, active]
-    return list(enumerate([line(state, enabled=False), SEPARATOR, line(toggle), line(settings, ","), SEPARATOR,
+    return list(enumerate([line(state, enabled=False), SEPARATOR, line(toggle), line(settings, "comma"), SEPARATOR,
                            line(leave, "q")], start=1))
 
 
@@ -93,8 +94,13 @@ class Item(OnPanel):
             self.switch_on()
             self.switch_off()
 
-    def test_other_ways_to_use_it_do_nothing(self):
+    def test_a_middle_click_toggles_too(self):
         self.host.call("secondary_activate")
+        wait_for(self.is_on)
+        self.host.call("secondary_activate")
+        wait_for(self.is_off)
+
+    def test_scrolling_over_it_does_nothing(self):
         self.host.call("scroll", delta=120)
         self.host.call("activate")  # comes after them
         wait_for(self.is_on)
@@ -201,6 +207,19 @@ class Menu(OnPanel):
         self.host.wait_for_signal("LayoutUpdated")
         _, (_, _, lines) = self.ask("GetLayout", 0, -1, ["label"])
         self.assertEqual(lines[TOGGLE - 1], [TOGGLE, {"label": "Turn Off"}, []])
+
+    def test_a_panel_that_keeps_the_labels_of_lines_it_knows_hears_of_changes(self):
+        self.assertEqual(self.host.kept_labels(), ["Vantorel is off", "Turn On", "Settings…", "Quit Vantorel"])
+        self.switch_on()
+        on = ["Vantorel is on", "Turn Off", "Settings…", "Quit Vantorel"]
+        wait_for(lambda: self.host.kept_labels() == on)
+        self.set_language("pt-BR")
+        wait_for(lambda: self.host.kept_labels() == ["Vantorel ativado", "Desativar", "Ajustes…", "Sair do Vantorel"])
+
+    def test_screen_readers_are_told_the_state(self):
+        self.assertEqual(self.host.call("properties")["IconAccessibleDesc"], "Vantorel is off")
+        self.switch_on()
+        self.assertEqual(self.host.call("properties")["IconAccessibleDesc"], "Vantorel is on")
 
     def test_parts_of_it_can_be_asked_for(self):
         self.host.menu_lines()
@@ -319,6 +338,39 @@ class ColourScheme(StatusNotifier):
 
     def glyph(self):
         return self.host.pixel(64, *RIM)[:3]
+
+    def test_the_outline_is_seen_on_any_panel(self):
+        self.desktop.start_as_returning_user()
+        self.host.wait_for_items()
+        for size in SIZES:
+            for panel in (0x00, 0x31, 0x50, 0x76, 0x9A, 0xDE, 0xFF):
+                with self.subTest(size=size, panel=panel):
+                    self.assertGreaterEqual(self.best_contrast(size, panel), 3)
+
+    def best_contrast(self, size, panel):
+        """Of the picture with a gray panel under it."""
+        def luminance(level):
+            share = level / 255
+            return share / 12.92 if share <= 0.04045 else ((share + 0.055) / 1.055) ** 2.4
+
+        ground = luminance(panel) + 0.05
+        levels = {round((gray * alpha + panel * (255 - alpha)) / 255)
+                  for alpha, gray, _, _ in self.host.call("icon", size=size)}
+        return max(max((luminance(level) + 0.05) / ground, ground / (luminance(level) + 0.05)) for level in levels)
+
+    def test_an_x11_tray_tells_its_colors_but_not_on_gnome(self):
+        self.desktop.start_tray()
+        owner = self.desktop.display.get_selection_owner(self.desktop.display.get_atom("_NET_SYSTEM_TRAY_S0"))
+        owner.change_property(self.desktop.display.get_atom("_NET_SYSTEM_TRAY_COLORS"), Xlib.Xatom.CARDINAL, 32, [0] * 12)
+        self.desktop.display.sync()
+        for name, glyph in {"XFCE": (0, 0, 0), "GNOME": LIGHT_GLYPH}.items():
+            with self.subTest(name):
+                self.desktop.environment["XDG_CURRENT_DESKTOP"] = name
+                self.desktop.start_as_returning_user()
+                self.host.wait_for_items()
+                self.assertEqual(self.glyph(), glyph)
+                self.assertEqual(self.desktop.end(), 0)
+                self.host.wait_for_items(0)
 
     def test_the_outline_is_dark_without_any(self):
         self.desktop.start_as_returning_user()

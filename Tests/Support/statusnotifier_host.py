@@ -75,6 +75,11 @@ class StatusNotifierHost:
         _, (_, _, lines) = self.call("menu", method="GetLayout", arguments=[0, -1, []])
         return [(number, properties) for number, properties, _ in lines]
 
+    def kept_labels(self):
+        """The labels that GNOME's panel shows: it asks for the layout without labels, reads those of lines that are new to
+        it, and after that believes only what it is told changed."""
+        return self.call("kept_labels")
+
     def choose(self, line):
         """The user clicks a line, by its number."""
         return self.call("menu", method="Event", arguments=[line, "clicked", "", 0])
@@ -178,6 +183,8 @@ def serve(registered):
         def __init__(self, watcher):
             self.watcher = watcher
             self.seen = []
+            self.labels = {}
+            bus.add_signal_receiver(self._keep, "ItemsPropertiesUpdated", MENU)
             for interface in (ITEM, MENU):
                 bus.add_signal_receiver(
                     lambda *_, member: self.seen.append(str(member)), dbus_interface=interface, member_keyword="member"
@@ -203,6 +210,20 @@ def serve(registered):
             """What a method of the item's menu answers; it must say itself what arguments it takes."""
             proxy = bus.get_object(item or next(iter(self.watcher.items)), self._menu_path(item))
             return plain(proxy.get_dbus_method(method, MENU)(*arguments, timeout=CALL_TIMEOUT))
+
+        def kept_labels(self):
+            self.menu("AboutToShow", [0])
+            _, (_, _, lines) = self.menu("GetLayout", [0, -1, ["type", "children-display"]])
+            new = [number for number, _, _ in lines if number not in self.labels]
+            if new:
+                for number, properties in self.menu("GetGroupProperties", [new, ["label"]]):
+                    self.labels[number] = properties.get("label")
+            return [self.labels[number] for number, _, _ in lines if self.labels[number]]
+
+        def _keep(self, updated, _removed):
+            for number, properties in plain(updated):
+                if "label" in properties:
+                    self.labels[number] = properties["label"]
 
         def menu_properties(self, item=None):
             return plain(self._call(item, PROPERTIES, "GetAll", MENU, path=self._menu_path(item)))

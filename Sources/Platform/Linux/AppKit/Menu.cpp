@@ -6,6 +6,8 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QScreen>
+#include <QWindow>
+#include <utility>
 
 namespace Linux {
 
@@ -49,6 +51,18 @@ QPoint topLeft(const QMenu& menu, const QPoint& where) {
     return isLow ? where - QPoint(0, menu.sizeHint().height()) : where;
 }
 
+// Wayland's popups belong to a window, and here is none. A window of a fixed size is not tiled; it goes away when
+// another gets the keyboard.
+void becomeWindow(QMenu& menu) {
+    menu.setFixedSize(menu.sizeHint());
+    QObject::connect(qApp, &QGuiApplication::focusWindowChanged, &menu, [&menu, had = false](QWindow* focus) mutable {
+        const bool has = focus != nullptr && focus == menu.windowHandle();
+        if (std::exchange(had, has) && !has) {
+            menu.close();
+        }
+    });
+}
+
 void choose(const MenuItemNative& item) {
     if (const auto action = item.action; action && item.enabled) {
         action();
@@ -62,6 +76,9 @@ void MenuNative::popUp(const QPoint& where) const {
     std::vector<QAction*> actions;
     for (const auto& item : items) {
         actions.push_back(addTo(menu, *item));
+    }
+    if (QGuiApplication::platformName().startsWith(u"wayland")) {
+        becomeWindow(menu);
     }
     const QAction* chosen = menu.exec(topLeft(menu, where));
     for (std::size_t index = 0; chosen && index < actions.size(); ++index) {

@@ -1,6 +1,7 @@
 #include "Platform/Linux/Bar/DBusMenu.h"
 
 #include "Platform/Linux/DBus.h"
+#include "Platform/Linux/Logging.h"
 
 #include <QDBusError>
 #include <QDBusMetaType>
@@ -23,6 +24,14 @@ const QDBusArgument& operator>>(const QDBusArgument& in, MenuLayout& layout) {
     return readStruct(in, layout.id, layout.properties, layout.lines);
 }
 
+QDBusArgument& operator<<(QDBusArgument& out, const MenuRemoval& removal) {
+    return writeStruct(out, removal.id, removal.properties);
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& in, MenuRemoval& removal) {
+    return readStruct(in, removal.id, removal.properties);
+}
+
 QDBusArgument& operator<<(QDBusArgument& out, const MenuEvent& event) {
     return writeStruct(out, event.id, event.type, event.data, event.time);
 }
@@ -39,9 +48,29 @@ void registerTypes() {
     qDBusRegisterMetaType<MenuLine>();
     qDBusRegisterMetaType<QList<MenuLine>>();
     qDBusRegisterMetaType<MenuLayout>();
+    qDBusRegisterMetaType<MenuRemoval>();
+    qDBusRegisterMetaType<QList<MenuRemoval>>();
     qDBusRegisterMetaType<MenuEvent>();
     qDBusRegisterMetaType<QList<MenuEvent>>();
     qDBusRegisterMetaType<Shortcuts>();
+}
+
+// GTK's panels know keys by the names of their keysyms; Plasma's and LXQt's know the comma only as itself.
+QString keyName(const QString& key) {
+    const auto desktops = qgetenv("XDG_CURRENT_DESKTOP").split(':');
+    const bool isQt = desktops.contains("KDE") || desktops.contains("LXQt");
+    return key == u"," && !isQt ? QStringLiteral("comma") : key;
+}
+
+/// Nothing where lines came or went.
+QList<MenuLine> changedLines(const QList<QVariantMap>& before, const QList<QVariantMap>& now) {
+    QList<MenuLine> changed;
+    for (int id = 0; before.size() == now.size() && id < now.size(); ++id) {
+        if (before[id] != now[id]) {
+            changed.append({id, now[id]});
+        }
+    }
+    return changed;
 }
 
 QVariantMap propertiesOf(const MenuItem& item) {
@@ -54,7 +83,7 @@ QVariantMap propertiesOf(const MenuItem& item) {
                            {QStringLiteral("enabled"), item.isEnabled()},
                            {QStringLiteral("visible"), true}};
     if (const auto key = QString::fromStdString(item.keyEquivalent()); !key.isEmpty()) {
-        const Shortcuts shortcuts{{QStringLiteral("Control"), key}}; // Command is this desktop's Control
+        const Shortcuts shortcuts{{QStringLiteral("Control"), keyName(key)}}; // Command is this desktop's Control
         properties.insert(QStringLiteral("shortcut"), QVariant::fromValue(shortcuts));
     }
     return properties;
@@ -101,8 +130,13 @@ bool DBusMenu::refresh() {
     if (properties == properties_) {
         return false;
     }
+    const auto changed = changedLines(properties_, properties);
     properties_ = std::move(properties);
+    if (!changed.isEmpty()) {
+        Q_EMIT ItemsPropertiesUpdated(changed, {});
+    }
     Q_EMIT LayoutUpdated(++revision_, 0);
+    qCDebug(barLog) << "menu revision" << revision_ << "with" << changed.size() << "lines changed";
     return true;
 }
 

@@ -24,6 +24,12 @@ struct MenuLayout {
     QVariantList lines; // each a layout again
 };
 
+/// A line's properties that are no more.
+struct MenuRemoval {
+    int id;
+    QStringList properties;
+};
+
 struct MenuEvent {
     int id;
     QString type;
@@ -31,8 +37,9 @@ struct MenuEvent {
     uint time;
 };
 
-/// The menu of a status item on the session bus, for panels that show menus themselves. Its lines are numbered from 1,
-/// 0 is the menu. What is scriptable here is the interface on the bus.
+/// The menu of a status item on the session bus, for panels that show menus themselves (com.canonical.dbusmenu,
+/// https://github.com/AyatanaIndicators/libdbusmenu/blob/master/libdbusmenu-glib/dbus-menu.xml). Its lines are numbered
+/// from 1, 0 is the menu. What is scriptable here is the interface on the bus.
 class DBusMenu final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -67,6 +74,9 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     Q_SCRIPTABLE void LayoutUpdated(uint revision, int parent);
+    /// GNOME's AppIndicator extension (46) reads the properties of lines that it knows from this alone.
+    Q_SCRIPTABLE void ItemsPropertiesUpdated(const QList<Linux::MenuLine>& updatedProps,
+                                             const QList<Linux::MenuRemoval>& removedProps);
 
 private:
     bool refresh();

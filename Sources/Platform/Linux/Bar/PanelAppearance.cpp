@@ -18,7 +18,8 @@ bool barIsAlwaysDark() {
 
 } // namespace
 
-PanelAppearance::PanelAppearance(const SystemTray* tray) : tray_(tray), foreground_(currentForeground()) {
+PanelAppearance::PanelAppearance(const SystemTray* tray) : tray_(tray) {
+    update();
     if (tray_) {
         connect(tray_, &SystemTray::came, this, &PanelAppearance::update);
         connect(tray_, &SystemTray::went, this, &PanelAppearance::update);
@@ -34,16 +35,20 @@ bool PanelAppearance::eventFilter(QObject* watched, QEvent* event) {
     return QObject::eventFilter(watched, event);
 }
 
-QColor PanelAppearance::currentForeground() const {
-    if (const auto said = tray_ ? tray_->foreground() : std::nullopt) {
-        return *said;
+std::optional<QColor> PanelAppearance::knownForeground() const {
+    if (barIsAlwaysDark()) { // its AppIndicator extension (46) is an X11 tray too, and says black
+        return glyphColor(true);
     }
-    return glyphColor(barIsAlwaysDark() || isDark());
+    return tray_ ? tray_->foreground() : std::nullopt;
 }
 
 void PanelAppearance::update() {
-    if (const QColor now = currentForeground(); now != foreground_) {
-        foreground_ = now;
+    const auto known = knownForeground();
+    const QColor foreground = known.value_or(glyphColor(isDark()));
+    const QColor rim = known ? QColor() : glyphColor(!isDark());
+    if (foreground != foreground_ || rim != rim_) {
+        foreground_ = foreground;
+        rim_ = rim;
         Q_EMIT changed();
     }
 }

@@ -17,6 +17,9 @@ public:
     explicit PanelAppearance(const SystemTray* tray);
 
     const QColor& foreground() const { return foreground_; }
+    /// What sets symbols off where that color is a guess: of the two, one has a contrast of 3:1 or more with any panel.
+    /// Invalid where the color is known.
+    const QColor& rim() const { return rim_; }
 
 Q_SIGNALS:
     void changed();
@@ -25,11 +28,12 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    QColor currentForeground() const;
+    std::optional<QColor> knownForeground() const;
     void update();
 
     const SystemTray* tray_;
     QColor foreground_;
+    QColor rim_;
 };
 
 } // namespace Linux

@@ -3,6 +3,7 @@
 #include "Platform/Linux/Bar/Click.h"
 #include "Platform/Linux/Bar/PanelIcon.h"
 #include "Platform/Linux/DBus.h"
+#include "Platform/Linux/Logging.h"
 
 #include <QCoreApplication>
 #include <QCursor>
@@ -58,9 +59,12 @@ IconPixmap pixmap(const QImage& icon) {
     return {argb.width(), argb.height(), bytes};
 }
 
-// Hosts disagree about the unit of x and y, so it is the pointer that says where the click was, where it can be asked.
+// Hosts disagree about the unit of x and y, so it is the pointer that says where the click was, where it can be asked:
+// Xwayland knows it only while it is over an X window.
 QPoint clickPosition(int x, int y) {
-    return QGuiApplication::platformName() == u"xcb" ? QCursor::pos() : QPoint(x, y);
+    const bool isPointerKnown =
+        QGuiApplication::platformName() == u"xcb" && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    return isPointerKnown ? QCursor::pos() : QPoint(x, y);
 }
 
 } // namespace
@@ -99,7 +103,10 @@ void StatusNotifierItem::registerAs(const QString& name) {
                                                QStringLiteral("RegisterStatusNotifierItem"));
     call.setAutoStartService(false);
     callLater(bus_, call << name, this, [this](const QDBusMessage& answer) {
-        if (answer.type() == QDBusMessage::ErrorMessage) {
+        const bool isRefused = answer.type() == QDBusMessage::ErrorMessage;
+        qCDebug(barLog) << "the watcher" << (isRefused ? "refused the item:" : "took the item")
+                        << answer.errorMessage();
+        if (isRefused) {
             Q_EMIT refused();
         }
     });
@@ -114,7 +121,7 @@ IconPixmaps StatusNotifierItem::iconPixmaps() const {
     IconPixmaps pixmaps;
     if (item_.image) {
         for (const int side : sides) {
-            pixmaps.append(pixmap(squareIcon(*item_.image, side, appearance_.foreground())));
+            pixmaps.append(pixmap(squareIcon(*item_.image, side, appearance_.foreground(), appearance_.rim())));
         }
     }
     return pixmaps;
@@ -132,11 +139,16 @@ void StatusNotifierItem::ContextMenu(int x, int y) {
     mouseUp(EventType::RightMouseUp, x, y);
 }
 
-void StatusNotifierItem::SecondaryActivate(int, int) {}
+// A middle click toggles too: GNOME's AppIndicator extension gives the left one to the menu.
+void StatusNotifierItem::SecondaryActivate(int x, int y) {
+    qCDebug(barLog) << "secondary activation";
+    deliverLater({EventType::LeftMouseUp, false, clickPosition(x, y)}, item_, this);
+}
 
 void StatusNotifierItem::Scroll(int, const QString&) {}
 
 void StatusNotifierItem::mouseUp(EventType type, int x, int y) {
+    qCDebug(barLog) << (type == EventType::LeftMouseUp ? "activation" : "context menu") << "at" << x << y;
     const bool control = QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ControlModifier);
     deliverLater({type, control, clickPosition(x, y)}, item_, this);
 }

@@ -28,8 +28,9 @@ struct ItemToolTip {
     QString text;
 };
 
-/// A status item as the session bus shows it to the desktop's panels. What is scriptable here is the interface on the
-/// bus; of its signals those are never sent whose property stays.
+/// A status item as the session bus shows it to the desktop's panels
+/// (https://www.freedesktop.org/wiki/Specifications/StatusNotifierItem/). What is scriptable here is the interface on
+/// the bus; of its signals those are never sent whose property stays.
 class StatusNotifierItem final : public QObject, public StatusItemPresenter {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -41,6 +42,7 @@ class StatusNotifierItem final : public QObject, public StatusItemPresenter {
     Q_PROPERTY(QString IconThemePath READ noName CONSTANT)
     Q_PROPERTY(QString IconName READ noName CONSTANT)
     Q_PROPERTY(Linux::IconPixmaps IconPixmap READ iconPixmaps)
+    Q_PROPERTY(QString IconAccessibleDesc READ description)
     Q_PROPERTY(QString OverlayIconName READ noName CONSTANT)
     Q_PROPERTY(Linux::IconPixmaps OverlayIconPixmap READ noPixmaps CONSTANT)
     Q_PROPERTY(QString AttentionIconName READ noName CONSTANT)
@@ -66,6 +68,7 @@ public:
     QString noName() const { return {}; }
     IconPixmaps noPixmaps() const { return {}; }
     IconPixmaps iconPixmaps() const;
+    QString description() const { return item_.toolTip; }
     ItemToolTip toolTip() const;
     bool itemIsMenu() const { return false; }
     QDBusObjectPath menu() const { return DBusMenu::path(); }

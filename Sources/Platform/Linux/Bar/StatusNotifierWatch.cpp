@@ -1,6 +1,7 @@
 #include "Platform/Linux/Bar/StatusNotifierWatch.h"
 
 #include "Platform/Linux/DBus.h"
+#include "Platform/Linux/Logging.h"
 
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
@@ -82,6 +83,8 @@ void StatusNotifierWatch::settle(Host host) {
 void StatusNotifierWatch::setHost(Host host) {
     if (host != host_) {
         host_ = host;
+        constexpr const char* names[] = {"unknown", "absent", "present"};
+        qCDebug(barLog) << "StatusNotifier host" << names[static_cast<int>(host)];
         Q_EMIT hostChanged();
     }
 }

@@ -1,5 +1,7 @@
 #include "Platform/Linux/Bar/SystemTray.h"
 
+#include "Platform/Linux/Logging.h"
+
 #include <QCoreApplication>
 #include <cstring>
 #include <string>
@@ -80,9 +82,11 @@ void SystemTray::handle(const xcb_generic_event_t& event) {
     const int type = typeOf(event);
     if (type == XCB_CLIENT_MESSAGE && isArrival(eventAs<xcb_client_message_event_t>(event))) {
         find();
+        qCDebug(barLog) << "an X11 tray came";
         Q_EMIT came();
     } else if (type == XCB_DESTROY_NOTIFY && isDeparture(eventAs<xcb_destroy_notify_event_t>(event))) {
         owner_ = XCB_NONE;
+        qCDebug(barLog) << "the X11 tray went";
         Q_EMIT went();
     } else if (type == XCB_PROPERTY_NOTIFY && isRecolouring(eventAs<xcb_property_notify_event_t>(event))) {
         Q_EMIT recoloured();

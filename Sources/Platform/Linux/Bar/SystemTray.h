@@ -40,7 +40,8 @@ struct TrayVisual {
     bool hasAlpha() const { return depth == 32; }
 };
 
-/// The X11 system tray of a screen: the window, of whatever panel, that owns the tray's selection. Absent at times.
+/// The X11 system tray of a screen (https://specifications.freedesktop.org/systemtray-spec/latest/): the window, of
+/// whatever panel, that owns the tray's selection. Absent at times.
 class SystemTray final : public QObject, public QAbstractNativeEventFilter {
     Q_OBJECT
 

@@ -189,7 +189,7 @@ void SystemTrayIcon::released(const xcb_button_release_event_t& event) {
 
 void SystemTrayIcon::hovered(const xcb_motion_notify_event_t& event) {
     pointer_ = toLogical({event.root_x, event.root_y});
-    if (!QToolTip::isVisible()) {
+    if (!QToolTip::isVisible() && !QApplication::activePopupWidget()) { // not over a menu
         toolTipDelay_.start(QApplication::style()->styleHint(QStyle::SH_ToolTip_WakeUpDelay));
     }
 }
@@ -202,7 +202,7 @@ void SystemTrayIcon::left() {
 }
 
 void SystemTrayIcon::showToolTip() {
-    if (pointer_) {
+    if (pointer_ && !QApplication::activePopupWidget()) {
         QToolTip::showText(*pointer_, item_.toolTip);
     }
 }

@@ -11,8 +11,9 @@
 
 namespace Linux {
 
-/// An icon's own X window, for a tray to take in. Neither a widget nor a QWindow can have the visual that the tray
-/// asks for.
+/// An icon's own X window, for a tray to take in by XEMBED
+/// (https://specifications.freedesktop.org/xembed-spec/latest/). Neither a widget nor a QWindow can have the visual
+/// that the tray asks for.
 class TrayWindow {
 public:
     TrayWindow(const SystemTray& tray, const QString& title);
