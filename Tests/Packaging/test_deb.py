@@ -11,6 +11,7 @@ import tempfile
 import unittest
 
 from desktop import IDENTIFIER, Desktop, wait_for
+from settings_window import UPDATES
 
 SIZES = (16, 22, 24, 32, 48, 64, 128, 256, 512)
 PROGRAM = "usr/lib/vantorel/Vantorel.app/Contents/MacOS/Vantorel"
@@ -67,6 +68,15 @@ class Package(unittest.TestCase):
         self.assertEqual(self.files(), before)
         self.assertFalse(started_at_login.exists(), "a session would still start it")
 
+    def test_it_does_not_look_for_updates_unless_asked_to(self):
+        self.dpkg("--install", self.package)
+        with Desktop(window_manager=True) as desktop:
+            desktop.start_accessibility()
+            desktop.start_as_returning_user(command=[self.root / "usr/bin/vantorel"])
+            desktop.open_settings()
+            [switch] = [found for found in desktop.accessibles() if UPDATES in found["captions"]]
+            self.assertNotIn("checked", switch["states"])
+
     def test_it_holds_what_the_desktop_and_debian_ask_for(self):
         self.dpkg("--install", self.package)
         share = self.root / "usr/share"
@@ -78,6 +88,8 @@ class Package(unittest.TestCase):
         self.assertTrue(os.access((self.root / PROGRAM).with_name("Transfer"), os.X_OK))
         for name in ("doc/vantorel/copyright", "doc/vantorel/changelog.gz", "man/man1/vantorel.1.gz"):
             self.assertTrue((share / name).is_file(), name)
+        defaults = (self.root / PROGRAM).parent.parent / "Resources" / f"{IDENTIFIER}.plist"
+        self.assertEqual(plistlib.loads(defaults.read_bytes()), {"autoUpdate": False})
         version = plistlib.loads((self.root / PROGRAM).parent.with_name("Info.plist").read_bytes())
         self.assertEqual(run("dpkg-deb", "--field", self.package, "Version").strip(),
                          version["CFBundleShortVersionString"])
@@ -87,7 +99,8 @@ class Package(unittest.TestCase):
         for field, packages in {"Recommends": "ca-certificates, qt6-wayland",
                                 "Suggests": "gnome-shell-extension-appindicator"}.items():
             self.assertEqual(run("dpkg-deb", "--field", self.package, field).strip(), packages)
-        for library in ("libc6", "libqt6widgets6", "libplist3", "libxss1", "libcurl4"):
+        for library in ("libc6", "libqt6widgets6", "libsystemd0", "libwayland-client0",
+                        "libplist3", "libxss1", "libcurl4"):
             self.assertRegex(depends, rf"\b{library}\b")
         with tempfile.TemporaryDirectory() as folder:
             run("dpkg-deb", "--control", self.package, folder)

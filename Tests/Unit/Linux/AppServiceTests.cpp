@@ -68,7 +68,7 @@ TEST_F(AppService, RegisteringWritesAnAutostartEntry) {
     EXPECT_FALSE(subject.registerAndReturnError());
     EXPECT_EQ(subject.status(), Status::Enabled);
     const auto program = folder().string() + "/X.app/Contents/MacOS/program";
-    EXPECT_EQ(entryText(), "[Desktop Entry]\nType=Application\nName=Example\nExec=\"" + program +
+    EXPECT_EQ(entryText(), "[Desktop Entry]\nType=Application\nName=Example\nIcon=org.example.x\nExec=\"" + program +
                                "\"\nTryExec=" + program + "\nX-GNOME-Autostart-enabled=true\n");
     EXPECT_EQ(std::distance(fs::directory_iterator(entry().parent_path()), {}), 1) << "a side file is left";
 }
@@ -122,9 +122,9 @@ TEST_F(AppService, TheStatusIsWhatTheEntrySaysNow) {
         writeEntry(text);
         EXPECT_EQ(subject.status(), Status::Enabled) << text;
     }
-    for (const char* text :
-         {"", "\n", "nonsense", "[Desktop Entr", "[Other]\nExec=x\n", "[Desktop Entry]\nHidden=true\n",
-          "[Desktop Entry]\nExec=x\n Hidden = true \n", "[Desktop Entry]\nHidden=true"}) {
+    for (const char* text : {"", "\n", "nonsense", "[Desktop Entr", "[Other]\nExec=x\n",
+                             "[Desktop Entry]\nHidden=true\n", "[Desktop Entry]\nExec=x\n Hidden = true \n",
+                             "[Desktop Entry]\nX-GNOME-Autostart-enabled=false\n", "[Desktop Entry]\nHidden=true"}) {
         writeEntry(text);
         EXPECT_EQ(subject.status(), Status::NotRegistered) << text;
     }

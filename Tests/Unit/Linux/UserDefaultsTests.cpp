@@ -90,6 +90,23 @@ private:
 
 class PropertyListStore : public DefaultsFile {};
 
+TEST_F(PropertyListStore, AFileThatIsALinkStaysOne) {
+    const auto elsewhere = folder() / "elsewhere";
+    fs::create_directory(elsewhere);
+    fs::create_symlink("elsewhere/real.plist", file());
+    overwrite(xml("<dict/>"));
+    ASSERT_TRUE(storeAnswer(42));
+    EXPECT_TRUE(fs::is_symlink(file()));
+    EXPECT_EQ(Linux::PropertyListStore(elsewhere / "real.plist").value("answer"), NS::PropertyListValue(42));
+    EXPECT_EQ(std::distance(fs::directory_iterator(elsewhere), {}), 1) << "a side file is left";
+}
+
+TEST_F(PropertyListStore, ALinkThatLeadsNowhereIsReplaced) {
+    fs::create_symlink("nowhere/real.plist", file());
+    ASSERT_TRUE(storeAnswer(42));
+    EXPECT_EQ(storedAnswer(), NS::PropertyListValue(42));
+}
+
 TEST_F(PropertyListStore, ValuesComeBackWithTheirTypes) {
     const NS::Dictionary values = {
         {"true", true},

@@ -35,6 +35,13 @@ std::filesystem::path userFolder(const char* variable, const char* nameAtHome) {
     return homeFolder() / nameAtHome;
 }
 
+/// A link stays one: people keep their settings elsewhere and link to them. One that leads nowhere is replaced.
+std::filesystem::path targetOf(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto target = std::filesystem::canonical(file, error);
+    return error ? file : target;
+}
+
 } // namespace
 
 std::filesystem::path configFolder() {
@@ -149,7 +156,7 @@ std::error_code FolderLock::lock() {
 }
 
 FileReplacement::FileReplacement(const std::filesystem::path& file, mode_t mode)
-    : file_(file), side_(file.native() + ".new"), mode_(mode) {}
+    : file_(targetOf(file)), side_(file_.native() + ".new"), mode_(mode) {}
 
 FileReplacement::~FileReplacement() {
     if (pending_) {

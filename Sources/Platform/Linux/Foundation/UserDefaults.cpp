@@ -80,6 +80,13 @@ std::optional<PropertyListValue> firstIn(std::list<PropertyListStore>& stores, c
     return std::nullopt;
 }
 
+std::shared_ptr<UserDefaultsNative> standardStore() {
+    const auto& bundle = native(Bundle::mainBundle());
+    auto folders = systemConfigFolders();
+    folders.push_back(bundle.path / "Contents/Resources"); // what a package presets comes after all else
+    return std::make_shared<UserDefaultsNative>(configFolder() / (bundle.fileName() + ".plist"), folders);
+}
+
 } // namespace
 
 UserDefaultsNative::UserDefaultsNative(const std::filesystem::path& file,
@@ -148,8 +155,7 @@ namespace NS {
 using namespace Linux;
 
 UserDefaults UserDefaults::standardUserDefaults() {
-    static NoDestructor<UserDefaults> defaults(handle<UserDefaults>(std::make_shared<UserDefaultsNative>(
-        configFolder() / (native(Bundle::mainBundle()).fileName() + ".plist"), systemConfigFolders())));
+    static NoDestructor<UserDefaults> defaults(handle<UserDefaults>(standardStore()));
     return *defaults;
 }
 

@@ -36,7 +36,9 @@ std::string_view trimmed(std::string_view text) {
     return first == text.npos ? std::string_view() : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
-/// Whether a session starts the entry: it has the group "Desktop Entry", and in it no Hidden=true.
+/// Whether a session starts the entry: it has the group "Desktop Entry", and there nothing hides it. GNOME's and
+/// Cinnamon's own settings switch an entry off by a key of theirs.
+/// https://specifications.freedesktop.org/autostart-spec/latest/
 bool isEnabledEntry(std::string_view text) {
     bool isFound = false;
     bool isInside = false;
@@ -48,8 +50,11 @@ bool isEnabledEntry(std::string_view text) {
             isFound = isFound || isInside;
         }
         const auto equals = line.find('=');
-        if (isInside && equals != line.npos && trimmed(line.substr(0, equals)) == "Hidden" &&
-            trimmed(line.substr(equals + 1)) == "true") {
+        const auto key = trimmed(line.substr(0, equals));
+        const auto value = equals == line.npos ? std::string_view() : trimmed(line.substr(equals + 1));
+        const bool isOff =
+            (key == "Hidden" && value == "true") || (key == "X-GNOME-Autostart-enabled" && value == "false");
+        if (isInside && isOff) {
             return false;
         }
     }
@@ -98,10 +103,12 @@ std::string quotedArgument(std::string_view path) {
 /// By TryExec a session passes over the entry once the program is gone: a package cannot remove every account's entry.
 std::string entryText(const BundleNative& bundle) {
     const auto executable = bundle.executable.string();
+    const auto summary = bundle.text("VantorelSummary");
     return "[Desktop Entry]\n"
            "Type=Application\n"
            "Name=" +
-           escapedValue(bundle.displayName()) + "\nExec=" + escapedValue(quotedArgument(executable)) +
+           escapedValue(bundle.displayName()) + (summary ? "\nComment=" + escapedValue(*summary) : std::string()) +
+           "\nIcon=" + escapedValue(bundle.fileName()) + "\nExec=" + escapedValue(quotedArgument(executable)) +
            "\nTryExec=" + escapedValue(executable) + "\nX-GNOME-Autostart-enabled=true\n";
 }
 
