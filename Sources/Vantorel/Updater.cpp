@@ -37,7 +37,6 @@ constexpr auto helperTimeout = std::chrono::seconds(3);
 constexpr auto helperPollInterval = std::chrono::milliseconds(50);
 constexpr unsigned scriptPermissions = 0755;
 constexpr long statusOK = 200;
-constexpr std::size_t maxManifestSize = std::size_t{1} << 20; // bytes: read, a manifest takes ten times its size
 
 constexpr char baseVariable[] = "KORVEX_UPDATE_BASE";
 constexpr char manifestPath[] = "updates/vantorel.json";
@@ -256,10 +255,9 @@ std::optional<Updater::Release> Updater::fetchLatest() {
 }
 
 std::optional<Updater::Release> Updater::parseManifest(const std::string& text) {
-    if (text.size() > maxManifestSize) {
-        return std::nullopt;
-    }
-    const auto manifest = NS::JSONSerialization::JSONObjectWithData(text);
+    const std::vector<NS::JSONSerialization::KeyPath> wanted = {
+        {"latest", "version"}, {"latest", "file"}, {"latest", "sha256"}, {"latest", "size"}, {"latest", "notes", "*"}};
+    const auto manifest = NS::JSONSerialization::JSONObjectWithData(text, wanted);
     const auto* document = manifest ? manifest->dictionary() : nullptr;
     const auto* latest = document ? dictionaryIn(*document, "latest") : nullptr;
     if (!latest) {

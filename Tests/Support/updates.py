@@ -205,10 +205,6 @@ class Machine(contextlib.AbstractContextManager):
                     workers.add(int(task.name))
         return workers
 
-    def memory(self):
-        """What the program has in memory, in bytes."""
-        return int(pathlib.Path(f"/proc/{self.process.pid}/statm").read_text().split()[1]) * os.sysconf("SC_PAGE_SIZE")
-
     def opened(self):
         file = self.folder / "opened"
         return [int(line) for line in file.read_text().split()] if file.exists() else []

@@ -58,6 +58,16 @@ TEST(JSONSerialization, IntegersAreExactToTheLastBit) {
     EXPECT_EQ(value("-9223372036854775808"), NS::PropertyListValue(std::numeric_limits<std::int64_t>::min()));
 }
 
+TEST(JSONSerialization, LargerNumbersAreNoIntegers) {
+    for (const char* text :
+         {"9223372036854775808", "18446744073709551615", "18446744073709551616", "-9223372036854777856", "1e300"}) {
+        const auto number = value(text);
+        ASSERT_TRUE(number) << text;
+        EXPECT_TRUE(number->real()) << text;
+        EXPECT_EQ(number->integer(), std::nullopt) << text;
+    }
+}
+
 TEST(JSONSerialization, RealsThatAreWholeCountAsIntegers) {
     EXPECT_EQ(value("5.0")->integer(), 5);
     EXPECT_EQ(value("5e2")->integer(), 500);

@@ -6,7 +6,9 @@ namespace NS {
 
 using namespace macOS;
 
-std::optional<PropertyListValue> JSONSerialization::JSONObjectWithData(const std::string& data) {
+// Foundation reads everything in any case.
+std::optional<PropertyListValue> JSONSerialization::JSONObjectWithData(const std::string& data,
+                                                                       const std::optional<std::vector<KeyPath>>&) {
     const id json = [NSJSONSerialization JSONObjectWithData:toNSData(data) options:0 error:nil];
     return json ? std::optional(toValue(json)) : std::nullopt;
 }
