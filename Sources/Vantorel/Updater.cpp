@@ -169,16 +169,29 @@ std::optional<std::string> digestOfFile(const std::string& path) {
     return text;
 }
 
+/// Where the image has the application: a link in its place is followed. Absent when that leads out of the image.
+NS::URL applicationIn(const NS::URL& mountPoint) {
+    auto application = mountPoint.URLByAppendingPathComponent(bundleName());
+    if (!NS::FileManager::defaultManager().destinationOfSymbolicLinkAtPath(application.path())) {
+        return application;
+    }
+    const auto target = application.URLByResolvingSymlinksInPath();
+    return target.path().starts_with(mountPoint.URLByResolvingSymlinksInPath().path() + "/") ? target : NS::URL();
+}
+
 bool isApplicationExpected(const NS::URL& application, const std::string& version) {
-    const auto info = NS::dictionaryWithContentsOfURL(application.URLByAppendingPathComponent("Contents/Info.plist"));
+    constexpr char identifierKey[] = "CFBundleIdentifier";
+    constexpr char versionKey[] = "CFBundleShortVersionString";
+    const auto info = NS::dictionaryWithContentsOfURL(application.URLByAppendingPathComponent("Contents/Info.plist"),
+                                                      {identifierKey, versionKey});
     if (!info) {
         return false;
     }
-    const auto* identifier = stringIn(*info, "CFBundleIdentifier");
+    const auto* identifier = stringIn(*info, identifierKey);
     if ((identifier ? std::optional(*identifier) : std::nullopt) != NS::Bundle::mainBundle().bundleIdentifier()) {
         return false;
     }
-    const auto* shortVersion = stringIn(*info, "CFBundleShortVersionString");
+    const auto* shortVersion = stringIn(*info, versionKey);
     return shortVersion && *shortVersion == version;
 }
 
@@ -337,17 +350,16 @@ NS::URL Updater::mountAndStage(const NS::URL& dmg, const Release& expecting) {
     if (!run("/usr/bin/hdiutil", {"attach", dmg.path(), "-nobrowse", "-readonly", "-mountpoint", mountPoint.path()})) {
         return {};
     }
-    auto staged = stage(mountPoint.URLByAppendingPathComponent(bundleName()), expecting);
+    auto staged = stage(mountPoint, expecting);
     run("/usr/bin/hdiutil", {"detach", mountPoint.path(), "-force"});
     return staged;
 }
 
-NS::URL Updater::stage(const NS::URL& mounted, const Release& expecting) {
+NS::URL Updater::stage(const NS::URL& mountPoint, const Release& expecting) {
     const auto fileManager = NS::FileManager::defaultManager();
-    if (!fileManager.fileExistsAtPath(mounted.path()) || !isApplicationExpected(mounted, expecting.version)) {
-        return {};
-    }
-    if (fileManager.destinationOfSymbolicLinkAtPath(mounted.path())) { // its target may lie outside of the image
+    const auto mounted = applicationIn(mountPoint);
+    if (!mounted || !fileManager.fileExistsAtPath(mounted.path()) ||
+        !isApplicationExpected(mounted, expecting.version)) {
         return {};
     }
     const auto folder = temporaryURL(std::string(Product::name) + "-staged-" + expecting.version);

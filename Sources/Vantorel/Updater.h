@@ -58,7 +58,7 @@ private:
     static bool install(const Release& release);
     static NS::URL download(const Release& release);
     static NS::URL mountAndStage(const NS::URL& dmg, const Release& expecting);
-    static NS::URL stage(const NS::URL& mounted, const Release& expecting);
+    static NS::URL stage(const NS::URL& mountPoint, const Release& expecting);
     static bool swap(const NS::URL& staged, const NS::URL& target, const std::string& version);
     static bool run(const std::string& path, const std::vector<std::string>& arguments);
 

@@ -63,7 +63,8 @@ inline std::optional<std::int64_t> PropertyListValue::integer() const {
     return std::nullopt;
 }
 
-/// The dictionary in a property-list file, if it is one (NSDictionary initWithContentsOfURL:). Safe from any thread.
-std::optional<Dictionary> dictionaryWithContentsOfURL(const URL& url);
+/// The dictionary in a property-list file, if it is one (NSDictionary initWithContentsOfURL:). Only the texts under
+/// `wanted` need be there: what else it holds may read as `Other`, or be left out unread. Safe from any thread.
+std::optional<Dictionary> dictionaryWithContentsOfURL(const URL& url, const std::vector<std::string>& wanted);
 
 } // namespace NS

@@ -26,6 +26,8 @@ public:
     /// more than a path is percent-encoded, so that the host stays what it is.
     URL URLByAppendingPathComponent(const std::string& component) const;
     URL URLByDeletingLastPathComponent() const;
+    /// Of a file URL: the same file without symbolic links on the way; the URL itself when there is no such file.
+    URL URLByResolvingSymlinksInPath() const;
 
     using Object::Object;
 };

@@ -37,6 +37,15 @@ TEST_F(FileManagerTest, ALinkHasADestinationAndNothingElseHas) {
     EXPECT_EQ(manager.destinationOfSymbolicLinkAtPath(folder / "missing"), std::nullopt);
 }
 
+TEST_F(FileManagerTest, AURLIsResolvedToTheFileWithoutLinks) {
+    fs::create_directories(folder / "x/y");
+    fs::create_symlink("x", folder / "link");
+    const auto plain = url(folder / "x/y").URLByResolvingSymlinksInPath().path();
+    EXPECT_EQ(url(folder / "link/y").URLByResolvingSymlinksInPath().path(), plain);
+    EXPECT_EQ(url(folder / "link/../x/y").URLByResolvingSymlinksInPath().path(), plain);
+    EXPECT_TRUE(plain.ends_with("/x/y"));
+}
+
 TEST_F(FileManagerTest, WhatIsMissingIsNotWritable) {
     EXPECT_TRUE(manager.isWritableFileAtPath(folder));
     EXPECT_FALSE(manager.isWritableFileAtPath(folder / "missing"));
@@ -108,12 +117,12 @@ TEST_F(FileManagerTest, ATextThatCannotBeWrittenLeavesWhatStoodThere) {
 }
 
 TEST_F(FileManagerTest, APropertyListIsReadIfItIsADictionary) {
-    write(folder / "dictionary", "<plist version=\"1.0\"><dict><key>a</key><integer>1</integer></dict></plist>");
+    write(folder / "dictionary", "<plist version=\"1.0\"><dict><key>a</key><string>é</string></dict></plist>");
     write(folder / "array", "<plist version=\"1.0\"><array/></plist>");
-    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder / "dictionary")), (NS::Dictionary{{"a", 1}}));
-    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder / "array")), std::nullopt);
-    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder / "missing")), std::nullopt);
-    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder)), std::nullopt);
+    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder / "dictionary"), {"a"}), (NS::Dictionary{{"a", "é"}}));
+    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder / "array"), {"a"}), std::nullopt);
+    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder / "missing"), {"a"}), std::nullopt);
+    EXPECT_EQ(NS::dictionaryWithContentsOfURL(url(folder), {"a"}), std::nullopt);
 }
 
 } // namespace

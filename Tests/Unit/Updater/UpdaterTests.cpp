@@ -420,15 +420,43 @@ TEST_F(UpdaterRejects, AnotherVersionThanPromised) {
     expectRejected("a version that is no text");
 }
 
-TEST_F(UpdaterRejects, ASymbolicLinkInTheApplicationsPlace) {
+TEST_F(UpdaterRejects, ALinkThatLeadsOutOfTheImage) {
+    fs::create_directories(home / "outside/Contents");
+    std::ofstream(home / "outside/Contents/Info.plist") << infoPlist(identifier, "1.1.0");
+    const auto up = fs::path("../../outside"); // the image is mounted two folders below
+    for (const auto& target : {home / "outside", up, fs::path("Real.app") / ".." / up, fs::path("nowhere"),
+                               fs::path("Vantorel.app"), fs::path(".")}) {
+        makeImage(infoPlist(identifier, "1.1.0"), "Real.app");
+        fs::create_symlink(target, home / "image/Vantorel.app");
+        packImage();
+        expectRejected(target);
+    }
+}
+
+TEST_F(UpdaterTest, ALinkWithinTheImageIsFollowed) {
     makeImage(infoPlist(identifier, "1.1.0"), "Real.app");
-    fs::create_symlink("Real.app", home / "image/Vantorel.app");
+    fs::create_directory_symlink("Real.app", home / "image/again");
+    fs::create_directory_symlink("again", home / "image/Vantorel.app");
     packImage();
-    expectRejected("a link to an application");
-    fs::remove(home / "image/Vantorel.app");
-    fs::create_symlink("nowhere", home / "image/Vantorel.app");
-    packImage();
-    expectRejected("a link to nowhere");
+    offer("1.1.0");
+    ASSERT_TRUE(check());
+    const auto runs = Tools::runs();
+    EXPECT_EQ(runs[1][1], runs[0].back() + "/Real.app");
+    const auto staged = temporary / "Vantorel-staged-1.1.0/Vantorel.app";
+    EXPECT_FALSE(fs::is_symlink(staged));
+    EXPECT_EQ(contentsOf(staged / "Contents/new"), "new");
+}
+
+TEST_F(UpdaterTest, AnInfoPlistMayBeLargeAndHoldMuch) {
+    std::string arrays;
+    for (int count = 0; count < 2000; ++count) {
+        arrays += "<array/>";
+    }
+    const auto needed = entry("CFBundleIdentifier", identifier) + entry("CFBundleShortVersionString", "1.1.0");
+    makeImage(infoPlist(entry("long", std::string(std::size_t{2} << 20, 'x')) + "<key>many</key><array>" + arrays +
+                        "</array>" + needed));
+    offer("1.1.0");
+    EXPECT_TRUE(check());
 }
 
 struct UpdaterWithoutIdentifier : UpdaterTest {

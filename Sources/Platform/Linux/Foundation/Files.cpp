@@ -81,9 +81,9 @@ Pipe::Pipe(int flags) {
     }
 }
 
-std::error_code readAll(int descriptor, std::string& bytes) {
+std::error_code readAll(int descriptor, std::string& bytes, std::size_t limit) {
     char buffer[16384];
-    while (bytes.size() <= maxFileSize) {
+    while (bytes.size() <= limit) {
         const ssize_t count = read(descriptor, buffer, sizeof buffer);
         if (count == 0) {
             return {};
@@ -109,7 +109,7 @@ std::error_code writeAll(int descriptor, std::string_view bytes) {
     return {};
 }
 
-std::error_code readFile(const std::filesystem::path& file, std::string& bytes) {
+std::error_code readFile(const std::filesystem::path& file, std::string& bytes, std::size_t limit) {
     // Without O_NONBLOCK a pipe in the file's place would hold us until somebody writes.
     const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status = {};
@@ -119,7 +119,7 @@ std::error_code readFile(const std::filesystem::path& file, std::string& bytes) 
     if (!S_ISREG(status.st_mode)) {
         return make_error_code(std::errc::invalid_argument);
     }
-    return readAll(descriptor.number(), bytes);
+    return readAll(descriptor.number(), bytes, limit);
 }
 
 std::error_code makeFolders(const std::filesystem::path& folder) {

@@ -10,7 +10,7 @@
 
 namespace Linux {
 
-/// The maximum size of a file that is read: everything read here is a handful of settings.
+/// The maximum size of a file that holds a handful of settings.
 inline constexpr std::size_t maxFileSize = std::size_t{1} << 20;
 
 // From the environment at each call. https://specifications.freedesktop.org/basedir-spec/latest/
@@ -51,13 +51,12 @@ struct Pipe {
     Descriptor writeEnd;
 };
 
-/// Reads to the end. More than `maxFileSize` is `file_too_large`.
-std::error_code readAll(int descriptor, std::string& bytes);
+/// Reads to the end. More than `limit` is `file_too_large`.
+std::error_code readAll(int descriptor, std::string& bytes, std::size_t limit = maxFileSize);
 std::error_code writeAll(int descriptor, std::string_view bytes);
 
-/// Reads a regular file into `bytes`. Larger than `maxFileSize` is `file_too_large`, another kind of file
-/// `invalid_argument`.
-std::error_code readFile(const std::filesystem::path& file, std::string& bytes);
+/// Reads a regular file into `bytes`. Larger than `limit` is `file_too_large`, another kind of file `invalid_argument`.
+std::error_code readFile(const std::filesystem::path& file, std::string& bytes, std::size_t limit = maxFileSize);
 
 /// Makes the folder and those above it, for the user alone.
 std::error_code makeFolders(const std::filesystem::path& folder);

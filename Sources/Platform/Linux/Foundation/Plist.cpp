@@ -1,8 +1,11 @@
 #include "Platform/Linux/Foundation/Plist.h"
 
+#include "Platform/Linux/Foundation/BinaryPlist.h"
 #include "Platform/Linux/Foundation/Files.h"
 
+#include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <locale.h>
 #include <string_view>
 
@@ -46,97 +49,66 @@ bool isXMLWithinLimits(std::string_view bytes) {
 
 /// Walks a binary property list before libplist does. Objects that are referred to twice make a tree that doubles with
 /// each level: for 24 arrays in 163 bytes libplist 2.2 takes 3.6 GB. Macs write preferences in this format, and people
-/// copy them from there. https://opensource.apple.com/source/CF/CF-1153.18/CFBinaryPList.c
+/// copy them from there.
 class BinaryTree {
 public:
-    explicit BinaryTree(std::string_view bytes) : bytes_(bytes) {}
+    explicit BinaryTree(std::string_view bytes) : plist_(bytes) {}
 
-    bool isWithinLimits() {
-        const std::size_t end = bytes_.size() - trailer;
-        offsetSize_ = number(end + 6, 1);
-        referenceSize_ = number(end + 7, 1);
-        offsets_ = number(end + 24, 8);
-        return isWithinLimits(number(end + 16, 8), 0);
-    }
+    bool isWithinLimits() { return isWithinLimits(plist_.top(), 0); }
 
 private:
-    static constexpr std::size_t trailer = 32;
-
-    /// The big-endian number there; 0 outside the file, which libplist refuses by itself.
-    std::uint64_t number(std::uint64_t at, std::uint64_t size) const {
-        if (at > bytes_.size() || size > bytes_.size() - at) {
-            return 0;
-        }
-        std::uint64_t result = 0;
-        for (const char byte : bytes_.substr(at, size)) {
-            result = result << 8 | static_cast<unsigned char>(byte);
-        }
-        return result;
-    }
-
-    bool isWithinLimits(std::uint64_t object, int depth) {
+    bool isWithinLimits(const BinaryPlist::Object& object, int depth) {
         if (++nodes_ > maxBinaryNodes || depth > maxDepth) {
             return false;
         }
-        std::uint64_t at = number(offsets_ + object * offsetSize_, offsetSize_);
-        const std::uint64_t marker = number(at++, 1);
-        const std::uint64_t kind = marker >> 4;
-        if (kind < 0x4 || kind == 0x8) {
+        if (object.kind < BinaryPlist::Data || object.kind == BinaryPlist::UID) {
             return true;
         }
-        std::uint64_t count = marker & 0xF;
-        if (count == 0xF) {
-            const std::uint64_t size = std::uint64_t{1} << (number(at++, 1) & 0xF);
-            count = number(at, size);
-            at += size;
-        }
-        switch (kind) {
-        case 0xA:
-        case 0xC:
-            return areWithinLimits(at, count, depth);
-        case 0xD:
-            return areWithinLimits(at, 2 * count, depth);
+        switch (object.kind) {
+        case BinaryPlist::Array:
+        case BinaryPlist::Set:
+            return areWithinLimits(object, object.count, depth);
+        case BinaryPlist::Dictionary:
+            return areWithinLimits(object, 2 * object.count, depth);
         default:
-            return isTextWithinLimits(at, count, kind == 0x6 ? 2 : 1);
+            return isTextWithinLimits(object);
         }
     }
 
     /// libplist 2.2 ends the process when a key of UTF-16 has a null in it.
-    bool isTextWithinLimits(std::uint64_t at, std::uint64_t count, std::uint64_t width) {
-        if (at > bytes_.size() || count > (bytes_.size() - at) / width) {
+    bool isTextWithinLimits(const BinaryPlist::Object& object) {
+        const auto text = plist_.content(object);
+        if (!text) {
             return true; // it refuses that
         }
-        text_ += count * width;
+        text_ += text->size();
         if (text_ > maxBinaryText) {
             return false;
         }
-        for (const auto end = at + count * width; width == 2 && at < end; at += width) {
-            if (number(at, width) == 0) {
+        for (std::size_t at = 0; object.kind == BinaryPlist::UTF16 && at < text->size(); at += 2) {
+            if ((*text)[at] == 0 && (*text)[at + 1] == 0) {
                 return false;
             }
         }
         return true;
     }
 
-    bool areWithinLimits(std::uint64_t references, std::uint64_t count, int depth) {
-        for (; count > 0; --count, references += referenceSize_) {
-            if (!isWithinLimits(number(references, referenceSize_), depth + 1)) {
+    bool areWithinLimits(const BinaryPlist::Object& container, std::uint64_t references, int depth) {
+        for (std::uint64_t index = 0; index < references; ++index) {
+            if (!isWithinLimits(plist_.object(plist_.reference(container, index)), depth + 1)) {
                 return false;
             }
         }
         return true;
     }
 
-    std::string_view bytes_;
-    std::uint64_t offsetSize_ = 0;
-    std::uint64_t referenceSize_ = 0;
-    std::uint64_t offsets_ = 0;
+    const BinaryPlist plist_;
     int nodes_ = 0;
     std::uint64_t text_ = 0;
 };
 
 bool isWithinLimits(std::string_view bytes) {
-    return bytes.starts_with("bplist") ? BinaryTree(bytes).isWithinLimits() : isXMLWithinLimits(bytes);
+    return BinaryPlist::isOne(bytes) ? BinaryTree(bytes).isWithinLimits() : isXMLWithinLimits(bytes);
 }
 
 Array arrayOfPlist(plist_t node) {
@@ -176,6 +148,15 @@ Number numberOfPlist(plist_t node, void (*get)(plist_t, Number*)) {
     Number result = 0;
     get(node, &result);
     return result;
+}
+
+/// libplist 2.2 gives the two's complement of negative numbers, and tells them from those above 2^63 only in writing.
+PropertyListValue numberOfPlist(plist_t node) {
+    const auto number = numberOfPlist(node, plist_get_uint_val);
+    const bool isSigned = number <= std::uint64_t{std::numeric_limits<std::int64_t>::max()} ||
+                          xmlOfPlist(node).find("<integer>-") != std::string::npos;
+    return isSigned ? PropertyListValue(static_cast<std::int64_t>(number))
+                    : PropertyListValue(static_cast<double>(number));
 }
 
 Plist plistOfValue(const PropertyListValue& value, int depth);
@@ -257,7 +238,7 @@ PropertyListValue valueOfPlist(plist_t node) {
     case PLIST_BOOLEAN:
         return numberOfPlist(node, plist_get_bool_val) != 0;
     case PLIST_UINT:
-        return static_cast<std::int64_t>(numberOfPlist(node, plist_get_uint_val));
+        return numberOfPlist(node);
     case PLIST_REAL:
         return numberOfPlist(node, plist_get_real_val);
     case PLIST_STRING:

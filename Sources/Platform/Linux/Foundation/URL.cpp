@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <memory>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 // URLs by RFC 3986 (https://www.rfc-editor.org/rfc/rfc3986), as Foundation has them. Qt codes the characters, and its
@@ -188,6 +189,12 @@ URL URL::URLByDeletingLastPathComponent() const {
     const auto path = withoutTrailingSlashes(parts.path);
     parts.path = path.substr(0, path.find_last_of('/') + 1);
     return makeURL(std::move(parts));
+}
+
+URL URL::URLByResolvingSymlinksInPath() const {
+    std::error_code error;
+    const auto resolved = std::filesystem::canonical(path(), error);
+    return error ? *this : fileURLWithPath(resolved.string());
 }
 
 } // namespace NS

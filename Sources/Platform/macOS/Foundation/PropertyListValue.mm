@@ -6,7 +6,8 @@ namespace NS {
 
 using namespace macOS;
 
-std::optional<Dictionary> dictionaryWithContentsOfURL(const URL& url) {
+// Foundation reads everything in any case.
+std::optional<Dictionary> dictionaryWithContentsOfURL(const URL& url, const std::vector<std::string>&) {
     NSDictionary* dictionary = [[NSDictionary alloc] initWithContentsOfURL:object<NSURL>(url)];
     return dictionary ? std::optional(toDictionary(dictionary)) : std::nullopt;
 }

@@ -75,4 +75,8 @@ URL URL::URLByDeletingLastPathComponent() const {
     return handle<URL>([object<NSURL>(*this) URLByDeletingLastPathComponent]);
 }
 
+URL URL::URLByResolvingSymlinksInPath() const {
+    return handle<URL>([object<NSURL>(*this) URLByResolvingSymlinksInPath]);
+}
+
 } // namespace NS

@@ -204,6 +204,7 @@ void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
 - (nullable NSString*)pathExtension;
 - (nullable NSURL*)URLByAppendingPathComponent:(NSString*)component;
 - (nullable NSURL*)URLByDeletingLastPathComponent;
+- (nullable NSURL*)URLByResolvingSymlinksInPath;
 @end
 
 @interface NSURLRequest : NSObject
