@@ -28,7 +28,7 @@ PropertyListValue numberValue(NSNumber* number) {
     }
     const double real = [number doubleValue];
     const std::int64_t integer = [number longLongValue];
-    const bool wraps = integer < 0 && real > 0; // an unsigned number above all signed ones
+    const bool wraps = static_cast<double>(integer) != real; // a number above all signed ones
     return wraps || CFNumberIsFloatType((__bridge CFNumberRef)number) ? PropertyListValue(real)
                                                                       : PropertyListValue(integer);
 }

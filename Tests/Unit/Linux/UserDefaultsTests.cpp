@@ -271,6 +271,23 @@ TEST_F(PropertyListStore, WritingKeepsWhatOnlyOthersUnderstand) {
     }
 }
 
+TEST_F(PropertyListStore, IntegersAboveAllSignedOnesAreNone) {
+    const std::vector<std::pair<std::string, std::optional<std::int64_t>>> cases = {
+        {"-1", -1},
+        {"9223372036854775807", highest},
+        {"-9223372036854775808", lowest},
+        {"9223372036854775808", std::nullopt},
+        {"18446744073709551615", std::nullopt},
+        {"99999999999999999999", std::nullopt},
+    };
+    for (const auto& [text, expected] : cases) {
+        overwrite(xml("<dict><key>answer</key><integer>" + text + "</integer></dict>"));
+        const auto value = Linux::PropertyListStore(file()).value("answer");
+        ASSERT_TRUE(value) << text;
+        EXPECT_EQ(value->integer(), expected) << text;
+    }
+}
+
 TEST_F(PropertyListStore, WhatTheFileHoldsAlreadyIsNotWrittenAgain) {
     ASSERT_TRUE(storeAnswer(42));
     const auto inode = inodeOf(file());
