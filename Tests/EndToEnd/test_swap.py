@@ -26,8 +26,9 @@ failed, or the script was killed before, amid or after it (as by a power cut). I
 old or new, stands at its place or beside it as `.old-` with the script's process number. `Tests/EndToEnd/test_swap.py` does all
 of this to the script in the program as it ships, and fails when an outcome differs from this page, which it writes.
 
-Nothing deletes what is left: the next update of the same version clears its own staged copy, the rest is the temporary
-directory's to age out. A bundle that only stands beside its place has to be renamed by hand.
+Nothing deletes what is left at once: the next update of the same version clears its own staged copy, the rest is the temporary
+directory's to age out. (On Linux, where `~/.cache/com.korvex.vantorel` takes its place, the program removes what is older than a day
+when it starts.) A bundle that only stands beside its place has to be renamed by hand.
 """
 
 DAMAGED = "the copy fails halfway; what is there cannot be deleted"

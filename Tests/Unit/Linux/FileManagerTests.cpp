@@ -1,12 +1,16 @@
 #include "Platform/Foundation/FileManager.h"
 
+#include "Platform/Linux/Foundation/TemporaryFiles.h"
 #include "Support/Files.h"
 
 #include <QDir>
 #include <QTemporaryDir>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <set>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -58,6 +62,44 @@ TEST_F(FileManagerOnLinux, ATemporaryDirectoryOfAnotherUserIsNotTaken) {
         setenv("TMPDIR", folder.c_str(), 1);
     }
     EXPECT_NE(manager.temporaryDirectory().path(), std::getenv("TMPDIR"));
+}
+
+TEST_F(FileManagerOnLinux, WhatUpdatesLeftMoreThanADayAgoInOurOwnFolderGoesAtTheStart) {
+    using std::chrono::hours;
+    setenv("XDG_CACHE_HOME", (folder / "caches").c_str(), 1);
+    unsetenv("TMPDIR");
+    const fs::path own = manager.temporaryDirectory().path();
+    const auto prefix = fs::read_symlink("/proc/self/exe").filename().string() + "-"; // a program without a bundle
+    fs::create_directories(own / (prefix + "staged-1") / "deep");
+    fs::create_directories(own / (prefix + "staged-2"));
+    for (const char* file : {"update-1.sh", "update-2.sh", "1.0.dmg", "2.0.dmg"}) {
+        write(own / (prefix + file), "");
+    }
+    write(own / "download-old", "");
+    write(own / "download-new", "");
+    write(own / "somebody's own", "");
+    const auto now = fs::file_time_type::clock::now();
+    const auto old = {own / (prefix + "staged-1"), own / (prefix + "update-1.sh"), own / (prefix + "1.0.dmg"),
+                      own / "download-old", own / "somebody's own"};
+    for (const auto& item : fs::directory_iterator(own)) {
+        fs::last_write_time(item, now - hours(23));
+    }
+    for (const auto& item : old) {
+        fs::last_write_time(item, now - hours(25));
+    }
+    Linux::TemporaryFiles::removeOld();
+    std::set<std::string> left;
+    for (const auto& item : fs::directory_iterator(own)) {
+        left.insert(item.path().filename());
+    }
+    EXPECT_EQ(left, (std::set<std::string>{prefix + "staged-2", prefix + "update-2.sh", prefix + "2.0.dmg",
+                                           "download-new", "somebody's own"}));
+}
+
+TEST_F(FileManagerOnLinux, WithoutAFolderOfOurOwnThereIsNothingToRemove) {
+    setenv("XDG_CACHE_HOME", (folder / "caches").c_str(), 1);
+    Linux::TemporaryFiles::removeOld();
+    EXPECT_FALSE(fs::exists(folder / "caches"));
 }
 
 /// A folder on another volume than the temporary one.

@@ -9,6 +9,7 @@
 #include "Platform/Linux/AppKit/TerminationSignals.h"
 #include "Platform/Linux/AppKit/WindowNative.h"
 #include "Platform/Linux/Dispatch/Workers.h"
+#include "Platform/Linux/Foundation/TemporaryFiles.h"
 #include "Platform/Linux/Foundation/Transfers.h"
 #include "Platform/Linux/Native.h"
 #include "Platform/Linux/Seam.h"
@@ -103,6 +104,7 @@ void Application::run() {
     const auto following = followColorScheme();
     preparePower();
     meetScreenReaders();
+    TemporaryFiles::removeOld();
     QMetaObject::invokeMethod(
         self.application,
         [&self] {

@@ -3,23 +3,43 @@
 #include "Platform/Foundation/Bundle.h"
 #include "Platform/Linux/Foundation/BundleNative.h"
 #include "Platform/Linux/Foundation/Files.h"
+#include "Platform/Linux/Foundation/TemporaryFiles.h"
 #include "Platform/Linux/Native.h"
 #include "Platform/NoDestructor.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace Linux {
 
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::time_t maxAge = 24 * 60 * 60; // seconds
+
+/// Under the user's caches.
+fs::path ownFolder() {
+    return cacheFolder() / native(Bundle::mainBundle()).fileName();
+}
+
+/// Whether it bears the application's name or a transfer's, was last changed more than a day ago, and is no mount.
+bool isLeftOver(const fs::path& item, const struct stat& folder) {
+    const auto name = item.filename().string();
+    const bool isOurs = name.starts_with(native(Bundle::mainBundle()).displayName() + "-") ||
+                        name.starts_with(TemporaryFiles::downloadPrefix);
+    struct stat status = {};
+    return isOurs && lstat(item.c_str(), &status) == 0 && status.st_dev == folder.st_dev &&
+           status.st_mtime < std::time(nullptr) - maxAge;
+}
 
 /// Whether nobody but the user (and root) can put anything there.
 bool isPrivate(const fs::path& folder) {
@@ -57,6 +77,23 @@ bool move(const fs::path& source, const fs::path& destination) {
 
 } // namespace
 
+void TemporaryFiles::removeOld() {
+    struct stat folder = {};
+    std::error_code error;
+    if (stat(ownFolder().c_str(), &folder) != 0) {
+        return;
+    }
+    std::vector<fs::path> leftOvers;
+    for (fs::directory_iterator item(ownFolder(), error), end; !error && item != end; item.increment(error)) {
+        if (isLeftOver(item->path(), folder)) {
+            leftOvers.push_back(item->path());
+        }
+    }
+    for (const auto& item : leftOvers) {
+        fs::remove_all(item, error);
+    }
+}
+
 } // namespace Linux
 
 namespace NS {
@@ -73,7 +110,7 @@ URL FileManager::temporaryDirectory() const {
     if (const char* chosen = std::getenv("TMPDIR"); chosen && *chosen == '/' && isPrivate(chosen)) {
         return URL::fileURLWithPath(chosen);
     }
-    const auto folder = cacheFolder() / native(Bundle::mainBundle()).fileName();
+    const auto folder = ownFolder();
     makeFolders(folder); // if it cannot be made, writing there fails
     return URL::fileURLWithPath(folder.string());
 }

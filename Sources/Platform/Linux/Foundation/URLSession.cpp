@@ -4,6 +4,7 @@
 #include "Platform/Linux/Foundation/BundleNative.h"
 #include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Foundation/Spawn.h"
+#include "Platform/Linux/Foundation/TemporaryFiles.h"
 #include "Platform/Linux/Foundation/Transfers.h"
 #include "Platform/Linux/Foundation/URLNative.h"
 #include "Platform/Linux/Logging.h"
@@ -120,7 +121,8 @@ private:
 class TemporaryFile {
 public:
     TemporaryFile()
-        : path_(FileManager::defaultManager().temporaryDirectory().path() + "/download-XXXXXX"),
+        : path_(FileManager::defaultManager().temporaryDirectory().path() + "/" + TemporaryFiles::downloadPrefix +
+                "XXXXXX"),
           descriptor_(mkostemp(path_.data(), O_CLOEXEC)) {}
     ~TemporaryFile() {
         if (descriptor_) {
