@@ -10,9 +10,15 @@ namespace Seam {
 
 namespace {
 
+std::function<void()> noteStatusItem = [] {};
+
 class Presenter : public Linux::StatusItemPresenter {
 public:
-    explicit Presenter(Linux::StatusItemNative& item) : item(item) { all().push_back(this); }
+    explicit Presenter(Linux::StatusItemNative& item) : item(item) {
+        noteStatusItem();
+        item.behavior = NS::StatusItemBehavior::TerminationOnRemoval; // so that the program has to say what it wants
+        all().push_back(this);
+    }
     ~Presenter() override { std::erase(all(), this); }
 
     void imageChanged() override { ++imageChanges; }
@@ -28,6 +34,10 @@ public:
 };
 
 } // namespace
+
+void whenStatusItemIsMade(std::function<void()> note) {
+    noteStatusItem = std::move(note);
+}
 
 std::vector<NS::StatusItem> statusItems() {
     std::vector<NS::StatusItem> items;

@@ -3,6 +3,7 @@
 #include "Platform/AppKit/Event.h"
 #include "Platform/AppKit/StatusItem.h"
 
+#include <functional>
 #include <vector>
 
 /// The bar of the unit tests: it shows nothing, and its clicks come from the test.
@@ -10,6 +11,9 @@ namespace Seam {
 
 /// The status items there are, oldest first.
 std::vector<NS::StatusItem> statusItems();
+
+/// Calls `note` before each status item that is made from now on.
+void whenStatusItemIsMade(std::function<void()> note);
 
 /// The user releases a mouse button over the item. Returns when everything that follows has happened.
 void click(const NS::StatusItem& item, const NS::Event& event);

@@ -13,11 +13,13 @@ namespace {
 
 NS::Date now = NS::Date::dateWithTimeIntervalSince1970(1'700'000'000);
 QTimeZone zone("UTC");
+std::function<void()> noteTimer = [] {};
 
 class VirtualAlarm : public Linux::Alarm {
 public:
     VirtualAlarm(const NS::Date& date, bool isDelay, std::function<void()> callback)
         : date(date), isDelay(isDelay), callback(std::move(callback)) {
+        noteTimer();
         all().push_back(this);
     }
     ~VirtualAlarm() override { std::erase(all(), this); }
@@ -82,6 +84,10 @@ std::vector<NS::Date> scheduledTimers() {
     }
     std::sort(dates.begin(), dates.end());
     return dates;
+}
+
+void whenTimerIsScheduled(std::function<void()> note) {
+    noteTimer = std::move(note);
 }
 
 void announceWake() {

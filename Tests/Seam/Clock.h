@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Date.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,9 @@ void sleepUntil(const NS::Date& date);
 
 /// When the timers that are scheduled are due, earliest first.
 std::vector<NS::Date> scheduledTimers();
+
+/// Calls `note` before each timer that is scheduled from now on.
+void whenTimerIsScheduled(std::function<void()> note);
 
 /// The notifications, as the system posts them.
 void announceWake();

@@ -21,6 +21,9 @@ IOReturn createPowerAssertion(const std::string& type, IOPMAssertionLevel level,
     auto& power = Seam::power();
     power.initialID = *id;
     ++power.creations;
+    if (power.whenAsked) {
+        power.whenAsked();
+    }
     if (power.refuses) {
         return refused;
     }

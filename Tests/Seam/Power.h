@@ -2,6 +2,7 @@
 
 #include "Platform/IOKit/IOPMLib.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -17,6 +18,7 @@ struct Assertion {
 
 struct Power {
     bool refuses = false;
+    std::function<void()> whenAsked = {}; // before each creation
     std::map<NS::IOPMAssertionID, Assertion> held;
     int creations = 0; // asked for, refused ones included
     std::vector<NS::IOPMAssertionID> releases;

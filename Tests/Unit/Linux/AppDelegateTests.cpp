@@ -1,6 +1,9 @@
 #include "AppDelegate.h"
 
 #include "L10n.h"
+#include "Platform/AppKit/StackView.h"
+#include "Platform/Foundation/NotificationCenter.h"
+#include "Platform/Linux/AppKit/ViewNative.h"
 #include "Platform/Linux/AppKit/WindowNative.h"
 #include "Platform/ServiceManagement/AppService.h"
 #include "Prefs.h"
@@ -13,6 +16,7 @@
 #include <QAbstractButton>
 #include <QByteArray>
 #include <QCoreApplication>
+#include <QEvent>
 #include <QPushButton>
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -65,6 +69,38 @@ TEST_F(AppDelegateTest, ContinuingEnablesTheLoginItemThenStartsAndLetsTheWindowG
     EXPECT_EQ(Seam::statusItems().size(), 1U);
     EXPECT_TRUE(windows().empty());
     EXPECT_EQ(Prefs::d().stringForKey(Prefs::appLanguage), "en");
+}
+
+TEST_F(AppDelegateTest, ContinuingLetsTheControllerGo) {
+    launch();
+    const auto viewsOf = [](const NS::View& stack) {
+        return Linux::handle<NS::StackView>(Linux::sharedObject<Linux::ViewNative>(stack)).arrangedSubviews();
+    };
+    const std::weak_ptr radio =
+        Linux::sharedObject<Linux::ViewNative>(viewsOf(viewsOf(windows().at(0).contentView()).at(4)).at(0));
+    ASSERT_FALSE(radio.expired());
+    pressContinue();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(radio.expired());
+}
+
+TEST_F(AppDelegateTest, TheLoginItemComesBeforeTheStart) {
+    launch();
+    std::vector<NS::AppServiceStatus> atTheCup;
+    Seam::whenStatusItemIsMade([&] { atTheCup.push_back(NS::AppService::mainAppService().status()); });
+    pressContinue();
+    EXPECT_EQ(atTheCup, std::vector{NS::AppServiceStatus::Enabled});
+}
+
+TEST_F(AppDelegateTest, TheLoginItemIsTurnedOnAlsoForADelegateThatIsGone) {
+    launch();
+    auto center = NS::NotificationCenter::defaultCenter();
+    const auto observer =
+        center.addObserverForName(L10n::languageDidChange(), [this](const auto&) { delegate = nullptr; });
+    pressContinue();
+    center.removeObserver(observer);
+    EXPECT_EQ(NS::AppService::mainAppService().status(), NS::AppServiceStatus::Enabled);
+    EXPECT_TRUE(Seam::statusItems().empty());
 }
 
 TEST_F(AppDelegateTest, ARefusedLoginItemDoesNotStopTheStart) {
@@ -177,6 +213,18 @@ TEST_F(ScheduledAppDelegateTest, StartingStartsTheUpdater) {
     launch();
     EXPECT_EQ(Seam::scheduledTimers(),
               (std::vector{noon().dateByAddingTimeInterval(12), noon().dateByAddingTimeInterval(24 * 3600.0)}));
+}
+
+TEST_F(ScheduledAppDelegateTest, TheCupComesFirstThenTheScheduleThenTheUpdater) {
+    std::vector<std::string> order;
+    const auto isHookSet = [] { return bool(*Updater::shouldPostpone); };
+    Seam::whenStatusItemIsMade([&] { order.emplace_back("cup"); });
+    Seam::power().whenAsked = [&] { order.emplace_back(isHookSet() ? "decision after the hook" : "decision"); };
+    Seam::whenTimerIsScheduled([&] { order.emplace_back(isHookSet() ? "timer after the hook" : "timer"); });
+    launch();
+    EXPECT_EQ(order, (std::vector<std::string>{"cup", "decision", "timer", "timer", "timer after the hook",
+                                               "timer after the hook"}));
+    Seam::power().whenAsked = nullptr;
 }
 
 TEST_F(ScheduledAppDelegateTest, AClickOverridesTheScheduleUntilItsNextTime) {
