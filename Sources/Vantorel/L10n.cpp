@@ -1,7 +1,6 @@
 #include "L10n.h"
 
 #include "FatalError.h"
-#include "Platform/Foundation/Locale.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Prefs.h"
 #include "Product.h"
@@ -95,8 +94,7 @@ std::string t(std::string_view key) {
     return std::string(current() == Language::ptBR ? entry->second.pt : entry->second.en);
 }
 
-Language detectSystemLanguage() {
-    const auto languages = NS::Locale::preferredLanguages();
+Language detectSystemLanguage(const std::vector<std::string>& languages) {
     if (languages.empty()) {
         return Language::en;
     }

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "Platform/Foundation/Locale.h"
+
 #include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 /// The languages of the interface.
 enum class Language { en, ptBR };
@@ -32,7 +35,7 @@ const Table& table();
 std::string t(std::string_view key);
 
 /// Portuguese when the first of the user's languages is any Portuguese, otherwise English.
-Language detectSystemLanguage();
+Language detectSystemLanguage(const std::vector<std::string>& languages = NS::Locale::preferredLanguages());
 
 /// The stored language, or the detected one when none that we know is stored.
 Language current();

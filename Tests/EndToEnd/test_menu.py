@@ -155,6 +155,12 @@ class Menu(Tray):
         self.assertEqual(self.desktop.app_process.wait(5), 0)
         wait_for(lambda: not self.inhibitors(), 1)
 
+    def test_control_comma_opens_settings(self):
+        self.open_menu()
+        self.desktop.xdotool("key", "ctrl+comma")
+        wait_for(self.desktop.settings_windows)
+        self.assertEqual(self.inhibitors(), [])
+
     def test_a_termination_signal_while_it_is_open_quits_in_order(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             with self.subTest(number.name):

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <string>
 
 namespace {
 
@@ -40,8 +42,13 @@ TEST(LoginItem, DisablingUnregistersAndRecordsIt) {
 
 TEST(LoginItem, EnablingTwiceAsksTheSystemTwice) {
     EXPECT_TRUE(LoginItem::set(true));
-    std::filesystem::remove_all(autostart());
+    const auto entry = std::filesystem::directory_iterator(autostart())->path();
+    std::ofstream(entry, std::ios::app) << "# still enabled\n";
+    ASSERT_EQ(status(), NS::AppServiceStatus::Enabled);
     EXPECT_TRUE(LoginItem::set(true));
+    std::ifstream stream(entry);
+    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    EXPECT_EQ(text.find("still"), text.npos) << "written anew";
     EXPECT_EQ(status(), NS::AppServiceStatus::Enabled);
 }
 

@@ -1,5 +1,7 @@
 #include "ScheduleEngine.h"
 
+#include "Platform/AppKit/Workspace.h"
+#include "Platform/Linux/Foundation/NotificationCenterNative.h"
 #include "Platform/Linux/Foundation/TimerNative.h"
 #include "Prefs.h"
 #include "Seam/Clock.h"
@@ -60,6 +62,23 @@ TEST_F(ScheduleEngineTest, StartsWithoutTimersOverrideOrDecision) {
     EXPECT_EQ(engine->overrideSetAt, NS::Date::distantPast());
     EXPECT_TRUE(Seam::scheduledTimers().empty());
     EXPECT_TRUE(changes.empty());
+}
+
+TEST_F(ScheduleEngineTest, MakingOneDecidesNothing) {
+    Seam::setNow(at("10:00:00"));
+    const auto another = ScheduleEngine::create(sleepGuard);
+    EXPECT_TRUE(changes.empty());
+    EXPECT_TRUE(Seam::scheduledTimers().empty());
+}
+
+TEST_F(ScheduleEngineTest, ItsEndLeavesNoObserverBehind) {
+    const auto observers = [] {
+        return std::pair(Linux::native(NS::Workspace::sharedWorkspace().notificationCenter()).registrations.size(),
+                         Linux::native(NS::NotificationCenter::defaultCenter()).registrations.size());
+    };
+    EXPECT_EQ(observers(), (std::pair<std::size_t, std::size_t>(1, 2)));
+    engine = nullptr;
+    EXPECT_EQ(observers(), (std::pair<std::size_t, std::size_t>(0, 0)));
 }
 
 TEST_F(ScheduleEngineTest, ADisabledScheduleLeavesTheGuardAndDropsTheTimers) {

@@ -4,11 +4,14 @@
 #include "Platform/AppKit/Application.h"
 #include "Platform/Foundation/Calendar.h"
 #include "Platform/Linux/AppKit/WindowNative.h"
+#include "Platform/Linux/Dispatch/Workers.h"
 #include "Platform/ServiceManagement/AppService.h"
 #include "Prefs.h"
 #include "Seam/Clock.h"
 #include "Seam/Power.h"
+#include "Support/HTTPServer.h"
 #include "Unit/Linux/Managed.h"
+#include "Updater.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -19,8 +22,11 @@
 #include <QLabel>
 #include <QScreen>
 #include <QTimeEdit>
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace {
 
@@ -623,6 +629,31 @@ TEST_F(SettingsWindowControllerTest, AutomaticUpdatesAreSwitchedOffAndOn) {
     EXPECT_FALSE(Prefs::d().boolForKey(Prefs::autoUpdate));
     click(pieces.updateSwitch);
     EXPECT_TRUE(Prefs::d().boolForKey(Prefs::autoUpdate));
+}
+
+TEST_F(SettingsWindowControllerTest, SwitchingUpdatesOnChecksOnAnotherThread) {
+    Seam::HTTPServer server;
+    server.answer("/updates/vantorel.json", {200, R"({"latest": {"version": "1.0", "file": "f", "sha256": "ab"}})"});
+    setenv("KORVEX_UPDATE_BASE", server.url().c_str(), 1);
+    Prefs::d().setBool(false, Prefs::autoUpdate);
+    std::thread::id checking;
+    *Updater::shouldPostpone = [&] {
+        checking = std::this_thread::get_id();
+        return true;
+    };
+    click(show().updateSwitch);
+    ASSERT_TRUE(Linux::waitForWorkers(std::chrono::seconds(30)));
+    EXPECT_EQ(server.requests().size(), 1U);
+    EXPECT_NE(checking, std::thread::id());
+    EXPECT_NE(checking, std::this_thread::get_id());
+}
+
+TEST_F(SettingsWindowControllerTest, SwitchingUpdatesOffAsksNobody) {
+    Seam::HTTPServer server;
+    setenv("KORVEX_UPDATE_BASE", server.url().c_str(), 1);
+    click(show().updateSwitch);
+    ASSERT_TRUE(Linux::waitForWorkers(std::chrono::seconds(30)));
+    EXPECT_EQ(server.connections(), 0);
 }
 
 // One control at a time

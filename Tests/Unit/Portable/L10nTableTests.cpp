@@ -37,6 +37,16 @@ constexpr Expected everyText[] = {
     {"settings.language", "Language", "Idioma"},
 };
 
+TEST(L10nLanguage, IsPortugueseWhereTheFirstOneIsInAnyLetters) {
+    for (const char* first : {"pt", "pt-BR", "pt-PT", "PT-BR", "Pt", "pT_pt"}) {
+        EXPECT_EQ(L10n::detectSystemLanguage({first, "en"}), Language::ptBR) << first;
+    }
+    for (const char* first : {"en", "fr", "p", "", "xpt"}) {
+        EXPECT_EQ(L10n::detectSystemLanguage({first, "pt-BR"}), Language::en) << first;
+    }
+    EXPECT_EQ(L10n::detectSystemLanguage({}), Language::en);
+}
+
 TEST(L10nTable, HoldsEveryTextInBothLanguages) {
     EXPECT_EQ(L10n::table().size(), 19U);
     for (const auto& expected : everyText) {

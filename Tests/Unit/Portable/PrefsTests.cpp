@@ -79,8 +79,13 @@ TEST_F(PrefsTest, AMalformedCountForAnotherVersionStartsAgainFromOne) {
 TEST_F(PrefsTest, AMalformedCountReadsAsNone) {
     storeAttempts(NS::Dictionary{{"1.2.0", "2"}});
     EXPECT_EQ(Prefs::updateAttempts("1.2.0"), 0);
-    storeAttempts(NS::Dictionary{{"1.2.0", 2.5}});
-    EXPECT_EQ(Prefs::updateAttempts("1.2.0"), 0);
+    for (const auto& count : {NS::PropertyListValue(2.5), NS::PropertyListValue(true), NS::PropertyListValue(0x1p63)}) {
+        storeAttempts(NS::Dictionary{{"1.2.0", count}});
+        EXPECT_EQ(Prefs::updateAttempts("1.2.0"), 0);
+        storeAttempts(NS::Dictionary{{"1.1.0", count}, {"1.2.0", 2}});
+        Prefs::noteUpdateAttempt("1.2.0");
+        EXPECT_EQ(Prefs::updateAttempts("1.2.0"), 1);
+    }
 }
 
 TEST_F(PrefsTest, ACountBesideAMalformedOneStillReads) {

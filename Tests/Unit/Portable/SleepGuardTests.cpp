@@ -11,6 +11,7 @@ struct SleepGuardTest : testing::Test {
         sleepGuard.onChange = [this](bool active) {
             changes.push_back(active);
             seenInside.push_back(sleepGuard.isActive());
+            EXPECT_EQ(sleepGuard.assertionID() != 0, active);
         };
     }
 
