@@ -1,5 +1,6 @@
 #include "StatusIcons.h"
 
+#include "Platform/AppKit/BezierPath.h"
 #include "Platform/Linux/AppKit/ImageNative.h"
 
 #include <QImage>
@@ -117,6 +118,29 @@ TEST(StatusIcons, ARectangleElsewhereMovesTheCup) {
     });
     const QImage picture = Linux::object<Linux::ImageNative>(image).render(1, {});
     EXPECT_EQ(picture.copy(18, 0, 18, 18), drawn({{{0, 0}, one}, true}));
+}
+
+TEST(StatusIcons, ALargerRectangleElsewhereMovesTheCupByItsOriginAlone) {
+    const auto image = NS::Image::imageWithSize({54, 54}, false, [](const NS::Rect&) {
+        StatusIcons::drawCup({{18, 9}, {36, 36}}, true, NS::Color::blackColor());
+        return true;
+    });
+    const QImage picture = Linux::object<Linux::ImageNative>(image).render(1, {});
+    EXPECT_EQ(picture.copy(18, 9, 36, 36), drawn({{{0, 0}, {36, 36}}, true}));
+}
+
+TEST(StatusIcons, TheCupIsDrawnOverWhatIsThere) {
+    const auto image = NS::Image::imageWithSize(one, false, [](const NS::Rect& rect) {
+        auto everywhere = NS::BezierPath::bezierPathWithRoundedRect(rect, 0, 0);
+        StatusIcons::coffee().setFill();
+        everywhere.fill();
+        StatusIcons::drawCup(rect, false, NS::Color::blackColor());
+        return true;
+    });
+    const QImage picture = Linux::object<Linux::ImageNative>(image).render(2, {});
+    EXPECT_EQ(picture.pixel(1, 1), qRgb(237, 158, 56));
+    EXPECT_EQ(picture.pixel(14, 36 - 13), qRgb(237, 158, 56)); // amid the outlined body
+    EXPECT_NE(picture.pixel(14, 36 - 20), qRgb(237, 158, 56)); // on its rim
 }
 
 TEST(StatusIcons, TheOutlineIsATemplateAndTheFilledCupIsNot) {

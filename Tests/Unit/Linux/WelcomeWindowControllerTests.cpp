@@ -4,8 +4,10 @@
 #include "Platform/AppKit/ImageView.h"
 #include "Platform/AppKit/TextField.h"
 #include "Platform/Foundation/NotificationCenter.h"
+#include "Platform/Linux/AppKit/ImageNative.h"
 #include "Platform/Linux/AppKit/WindowNative.h"
 #include "Prefs.h"
+#include "StatusIcons.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -86,6 +88,17 @@ TEST_F(WelcomeWindowControllerTest, TheIconIsTheCupAt72Points) {
     const auto* widget = Linux::object<Linux::ViewNative>(pieces.icon).widget.data();
     EXPECT_EQ(widget->minimumSize(), QSize(72, 72));
     EXPECT_EQ(widget->maximumSize(), QSize(72, 72));
+}
+
+TEST_F(WelcomeWindowControllerTest, TheIconIsTheFilledCupInCoffee) {
+    const auto render = [](const NS::Image& image) { return Linux::object<Linux::ImageNative>(image).render(1, {}); };
+    const auto filled = NS::Image::imageWithSize({72, 72}, false, [](const NS::Rect& rect) {
+        StatusIcons::drawCup(rect, true, StatusIcons::coffee());
+        return true;
+    });
+    const QImage icon = render(show().icon.image());
+    EXPECT_EQ(icon.pixel(28, 72 - 26), qRgb(237, 158, 56)); // the middle of the body
+    EXPECT_EQ(icon, render(filled));
 }
 
 TEST_F(WelcomeWindowControllerTest, TheTitleIsSemiboldAt20Points) {
