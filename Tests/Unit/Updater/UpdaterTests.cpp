@@ -5,6 +5,37 @@
 #include "Seam/Clock.h"
 
 #include <QCoreApplication>
+#include <QEvent>
+#include <QTimer>
+#include <atomic>
+#include <cerrno>
+#include <fcntl.h>
+#include <functional>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+bool refusesChmod = false;
+std::atomic<int> looksForMarker = 0;
+
+} // namespace
+
+// The C library's functions of these names are called through here.
+
+extern "C" int chmod(const char* path, mode_t mode) {
+    if (refusesChmod) {
+        errno = EPERM;
+        return -1;
+    }
+    return fchmodat(AT_FDCWD, path, mode, 0);
+}
+
+extern "C" int access(const char* path, int mode) noexcept {
+    looksForMarker += std::string_view(path).ends_with(".started") ? 1 : 0;
+    return faccessat(AT_FDCWD, path, mode, 0);
+}
 
 namespace {
 
@@ -124,6 +155,31 @@ TEST_F(UpdaterTest, OfManyChecksAtOnceOneRuns) {
     EXPECT_EQ(paths().size(), before + 1); // the last one let go
 }
 
+// In many rounds, for a check that tests and sets in two steps lets a second one in only now and then.
+TEST_F(UpdaterTest, OfTwoChecksAtTheSameInstantExactlyOneRuns) {
+    for (int round = 0; round < 100; ++round) {
+        Seam::HTTPServer silent;
+        silent.answer(manifestPath, {{headOf(0), 1h}});
+        setenv("KORVEX_UPDATE_BASE", silent.url().c_str(), 1);
+        std::atomic<int> ready = 0;
+        std::atomic<int> ended = 0;
+        const auto one = [&] {
+            ++ready;
+            while (ready < 2) {
+            }
+            EXPECT_FALSE(Updater::checkAndInstall(/*userInitiated=*/true));
+            ++ended;
+        };
+        auto first = std::async(std::launch::async, one);
+        auto second = std::async(std::launch::async, one);
+        EXPECT_TRUE(becomesTrue([&] { return silent.requests().size() + std::size_t(ended) >= 2; }));
+        silent.release();
+        first.get();
+        second.get();
+        ASSERT_EQ(silent.requests().size(), 1U) << "in round " << round;
+    }
+}
+
 TEST_F(UpdaterTest, TheRunningVersionAndOlderOnesAreLeftAlone) {
     for (const char* version : {"1.0.0", "1.0", "0.9.9", "", "beta"}) {
         offer(version);
@@ -223,6 +279,18 @@ TEST_F(UpdaterTest, TheBaseIsReadAnewEachTime) {
     EXPECT_EQ(Updater::baseURL().absoluteString(), server.url());
     setenv("KORVEX_UPDATE_BASE", "ftp://other.example/a b", 1);
     EXPECT_EQ(Updater::baseURL().absoluteString(), "ftp://other.example/a%20b");
+}
+
+TEST_F(UpdaterTest, TheBaseIsReadAgainForTheDownload) {
+    Seam::HTTPServer other;
+    other.answer(imagePath, {200, image});
+    *Updater::shouldPostpone = [&] {
+        setenv("KORVEX_UPDATE_BASE", other.url().c_str(), 1);
+        return false;
+    };
+    EXPECT_TRUE(check());
+    EXPECT_EQ(paths(), manifestOnly);
+    EXPECT_EQ(other.requests().size(), 1U);
 }
 
 TEST_F(UpdaterTest, ABaseThatIsNoURLOrIsMissingGivesTheBuiltInOne) {
@@ -484,6 +552,16 @@ TEST_F(UpdaterTest, WhatAnEarlierAttemptStagedIsClearedFirst) {
     EXPECT_EQ(namesIn(folder / "Vantorel.app/Contents"), (Names{"Info.plist", "new"}));
 }
 
+// The copy alone decides.
+TEST_F(UpdaterTest, AStagingFolderThatCannotBeMadeIsNoFailure) {
+    const auto folder = temporary / "Vantorel-staged-1.1.0";
+    std::ofstream(folder) << "in the way";
+    ASSERT_EQ(mount(folder.c_str(), folder.c_str(), nullptr, MS_BIND, nullptr), 0); // so that it stays there
+    Tools::install("ditto", R"(folder=$(dirname "$2")
+        umount "$folder" && rm "$folder" && mkdir "$folder" && cp -a "$1" "$2")");
+    EXPECT_TRUE(check());
+}
+
 TEST_F(UpdaterTest, ACopyThatFailsLeavesTheStagingFolder) {
     Tools::install("ditto", R"(mkdir "$2"; exit 1)");
     EXPECT_EQ(logOfCheck(false), Names());
@@ -549,6 +627,59 @@ TEST_F(UpdaterTest, OnceTheHelperRunsTheAttemptCountsAndTheImageIsGone) {
     EXPECT_TRUE(left[2].starts_with("Vantorel-update-"));
 }
 
+// The helper is started by the shell in any case.
+TEST_F(UpdaterTest, AScriptThatCannotBeMadeExecutableIsStartedAllTheSame) {
+    refusesChmod = true;
+    EXPECT_TRUE(check());
+    EXPECT_NE(fs::status(home / "script").permissions(), fs::perms(0755));
+}
+
+TEST_F(UpdaterTest, TheHelperSpeaksWhereTheApplicationDoes) {
+    Tools::install("sh",
+                   R"(echo said; echo complained >&2; readlink /proc/$$/fd/0 > "$UPDATER_TESTS_HOME/input"; : > "$5")");
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(logOfCheck(true), Names{"complained"});
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "said\n");
+    EXPECT_EQ(contentsOf(home / "input"), fs::read_symlink("/proc/self/fd/0").string() + "\n");
+}
+
+/// Looks at the preferences' file at each thing that the main thread does.
+struct MainThread : QObject {
+    explicit MainThread(std::function<bool()> isCounted) : isCounted(std::move(isCounted)) {
+        qApp->installEventFilter(this);
+    }
+    bool eventFilter(QObject* object, QEvent* event) override {
+        if (object == qApp && event->type() == QEvent::MetaCall) {
+            countedBefore.push_back(isCounted());
+        }
+        return false;
+    }
+
+    const std::function<bool()> isCounted;
+    std::vector<bool> countedBefore;
+};
+
+TEST_F(UpdaterTest, TheAttemptIsCountedBeforeTheMainThreadIsAskedToQuit) {
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(check());
+    const auto file = home / "config" / (identifier + ".plist");
+    const MainThread mainThread([&] { return contentsOf(file).find("1.1.0") != std::string::npos; });
+    QCoreApplication::processEvents();
+    EXPECT_EQ(mainThread.countedBefore, (std::vector{false, true})); // to store the count, and then to quit
+}
+
+// What a worker asked itself would be lost, for the event loop does not run yet.
+TEST_F(UpdaterTest, TheMainThreadQuits) {
+    ASSERT_TRUE(check());
+    bool hasQuit = true;
+    QTimer::singleShot(10s, [&] {
+        hasQuit = false;
+        QCoreApplication::exit();
+    });
+    NS::Application::sharedApplication().run();
+    EXPECT_TRUE(hasQuit);
+}
+
 struct Quitting : NS::ApplicationDelegate {
     void applicationDidFinishLaunching(const NS::Notification&) override {
         worker = std::thread([this] { installed = Updater::checkAndInstall(false); });
@@ -587,6 +718,7 @@ TEST_F(UpdaterMarkerRace, AHelperThatNeverStartsKeepsTheCurrentVersion) {
     EXPECT_EQ(namesIn(temporary), Names());
     EXPECT_EQ(Prefs::updateAttempts("1.1.0"), 0);
     EXPECT_EQ(namesIn(applications), Names{"Vantorel.app"});
+    EXPECT_LE(looksForMarker, 60); // 50 milliseconds apart
 }
 
 TEST_F(UpdaterMarkerRace, AMarkerWithinThreeSecondsCounts) {
