@@ -208,6 +208,28 @@ class Menu(OnPanel):
         _, (_, _, lines) = self.ask("GetLayout", 0, -1, ["label"])
         self.assertEqual(lines[TOGGLE - 1], [TOGGLE, {"label": "Turn Off"}, []])
 
+    def test_a_panel_that_never_asks_whether_it_is_new_has_the_language_in_force(self):
+        self.ask("GetLayout", 0, -1, [])
+        self.set_language("pt-BR")
+        _, (_, _, lines) = self.ask("GetLayout", 0, -1, [])
+        self.assertEqual([(number, line) for number, line, _ in lines], menu("pt-BR", False))
+        revision, _ = self.ask("GetLayout", 0, 0, [])
+        self.set_language("en")
+        self.ask("Event", 0, "opened", "", 0)
+        self.host.wait_for_signal("LayoutUpdated")
+        self.assertGreater(self.ask("GetLayout", SETTINGS, 0, [])[0], revision)
+        self.assertEqual(self.ask("GetProperty", SETTINGS, "label"), "Settings…")
+
+    def test_a_panel_that_has_it_hears_of_another_language_chosen_in_settings(self):
+        self.host.menu_lines()
+        self.host.choose(SETTINGS)
+        [window] = wait_for(self.desktop.settings_windows)
+        self.desktop.wait_for_keyboard(window)
+        self.host.wait_for_signal("LayoutUpdated")
+        self.desktop.xdotool("key", "shift+Tab", "Up")  # the last control is the language
+        self.host.wait_for_signal("LayoutUpdated")
+        self.assertEqual(self.ask("GetProperty", SETTINGS, "label"), "Ajustes…")
+
     def test_a_panel_that_keeps_the_labels_of_lines_it_knows_hears_of_changes(self):
         self.assertEqual(self.host.kept_labels(), ["Vantorel is off", "Turn On", "Settings…", "Quit Vantorel"])
         self.switch_on()

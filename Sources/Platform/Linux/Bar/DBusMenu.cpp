@@ -1,6 +1,7 @@
 #include "Platform/Linux/Bar/DBusMenu.h"
 
 #include "Platform/Linux/DBus.h"
+#include "Platform/Linux/Foundation/UserDefaultsNative.h"
 #include "Platform/Linux/Logging.h"
 
 #include <QDBusError>
@@ -105,9 +106,12 @@ DBusMenu::DBusMenu(StatusItemNative& item, const QDBusConnection& bus) : item_(i
     bus_.registerObject(path().path(), this,
                         QDBusConnection::ExportAllProperties | QDBusConnection::ExportScriptableSlots |
                             QDBusConnection::ExportScriptableSignals);
+    preferences_ = NotificationCenter::defaultCenter().addObserverForName(userDefaultsDidChange,
+                                                                          [this](const auto&) { refreshLater(); });
 }
 
 DBusMenu::~DBusMenu() {
+    NotificationCenter::defaultCenter().removeObserver(preferences_);
     bus_.unregisterObject(path().path());
 }
 
@@ -155,7 +159,7 @@ QVariantMap DBusMenu::properties(int id, const QStringList& names) const {
 }
 
 uint DBusMenu::GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames, MenuLayout& layout) {
-    if (!menu_) {
+    if (!menu_ || parentId == 0) { // not all panels ask for a new one by AboutToShow
         refresh();
     }
     layout = {parentId, properties(parentId, propertyNames), {}};
@@ -187,6 +191,9 @@ QDBusVariant DBusMenu::GetProperty(int id, const QString& name) {
 
 // Queued, so that the panel has its answer though the action may take its time, or end the program.
 void DBusMenu::Event(int id, const QString& eventId, const QDBusVariant&, uint) {
+    if (eventId == u"opened" && id == 0) {
+        refreshLater();
+    }
     if (eventId != u"clicked") {
         return;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Linux/AppKit/StatusItemNative.h"
 
 #include <QDBusConnection>
@@ -85,6 +86,7 @@ private:
 
     StatusItemNative& item_;
     QDBusConnection bus_;
+    Observer preferences_;          // of their changes: the language may be another
     Menu menu_;                     // as it was last built; absent before a panel asks
     QList<QVariantMap> properties_; // by number, as the panels know them
     uint revision_ = 0;

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/UserDefaults.h"
 
 #include "Platform/Foundation/Bundle.h"
+#include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Linux/Foundation/BundleNative.h"
 #include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Foundation/UserDefaultsNative.h"
@@ -144,7 +145,10 @@ void UserDefaultsNative::scheduleWrite() {
         write();
         return;
     }
-    const auto later = [self = shared_from_this()] { self->write(); };
+    const auto later = [self = shared_from_this()] {
+        self->write();
+        NotificationCenter::defaultCenter().postNotificationName(userDefaultsDidChange);
+    };
     QMetaObject::invokeMethod(application, later, Qt::QueuedConnection);
 }
 

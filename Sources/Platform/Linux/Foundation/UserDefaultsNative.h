@@ -14,6 +14,9 @@
 
 namespace Linux {
 
+/// Posted on the default center, on the main thread, some time after this process has changed something.
+inline constexpr char userDefaultsDidChange[] = "NSUserDefaultsDidChangeNotification";
+
 struct UserDefaultsNative : Native, std::enable_shared_from_this<UserDefaultsNative> {
     /// `folders`: where an administrator's files are looked for, the most important first. Values are searched in each
     /// folder's NAME.managed.plist, which nothing overrides, then in the user's `file`, then in each folder's
