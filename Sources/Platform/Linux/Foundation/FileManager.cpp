@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::time_t maxAge = 24 * 60 * 60; // seconds
+constexpr std::time_t maxAge = 86400; // seconds: a day
 
 /// Under the user's caches.
 fs::path ownFolder() {
