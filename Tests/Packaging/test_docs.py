@@ -38,7 +38,7 @@ class Documents(unittest.TestCase):
                 self.assertTrue(document.resolve() in linked or document.name == "README.md")
 
     def test_commands_and_files_that_are_named_exist(self):
-        pattern = r"(?:\./(?:run|test)\b|\b(?:Packaging|Benchmarks|Tests|Sources|cmake|scripts|toolchain)/[\w./+-]*\w)"
+        pattern = r"(?:\./(?:run|test)\b|(?<![\w/])(?:Packaging|Benchmarks|Tests|Sources|cmake|scripts|toolchain)/[\w./+-]*\w)"
         for document in DOCUMENTS:
             for name in re.findall(pattern, document.read_text("utf-8")):
                 with self.subTest(f"{document.name}: {name}"):
