@@ -81,6 +81,32 @@ TEST_F(ScheduleEngineTest, ItsEndLeavesNoObserverBehind) {
     EXPECT_EQ(observers(), (std::pair<std::size_t, std::size_t>(0, 0)));
 }
 
+TEST_F(ScheduleEngineTest, ATimerThatFiresLateEndsTheOverrideAndActsBeforeThePresentDecides) {
+    std::vector<bool> overriddenAtChange;
+    sleepGuard->onChange = [&](bool active) {
+        changes.push_back(active);
+        overriddenAtChange.push_back(engine->manualOverride);
+    };
+    Seam::setNow(at("08:00:00"));
+    engine->reconcile();
+    Seam::setNow(at("20:00:00")); // and nobody says so
+    engine->manualOverride = true;
+    engine->overrideSetAt = at("23:00:00");
+    Seam::runUntil(at("20:00:00"));
+    EXPECT_EQ(changes, (std::vector{true, false}));
+    EXPECT_EQ(overriddenAtChange, (std::vector{false, false}));
+    EXPECT_FALSE(engine->manualOverride);
+}
+
+TEST_F(ScheduleEngineTest, TheTimerOfTheOnTimeIsArmedFirst) {
+    std::vector<std::vector<NS::Date>> armedBefore;
+    Seam::whenTimerIsScheduled([&] { armedBefore.push_back(Seam::scheduledTimers()); });
+    Seam::setNow(at("10:00:00"));
+    engine->reconcile();
+    EXPECT_EQ(armedBefore, (std::vector<std::vector<NS::Date>>{{}, {at("09:00:00", tomorrow)}}));
+    Seam::whenTimerIsScheduled([] {});
+}
+
 TEST_F(ScheduleEngineTest, ADisabledScheduleLeavesTheGuardAndDropsTheTimers) {
     Seam::setNow(at("10:00:00"));
     engine->reconcile();
