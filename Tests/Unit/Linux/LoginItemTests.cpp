@@ -58,7 +58,7 @@ TEST(LoginItem, ARefusedRegistrationIsLoggedAndLeavesTheRecord) {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(LoginItem::set(true));
     const std::string log = testing::internal::GetCapturedStderr();
-    EXPECT_NE(log.find("LoginItem: register failed: "), std::string::npos) << log;
+    EXPECT_NE(log.find("LoginItem: register failed: /"), std::string::npos) << log;
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1) << log;
     EXPECT_FALSE(Prefs::d().boolForKey("launchAtLogin"));
 }
@@ -67,7 +67,7 @@ TEST(LoginItem, DisablingWhatIsNotRegisteredIsARefusalToo) {
     Prefs::d().setBool(true, Prefs::launchAtLogin);
     testing::internal::CaptureStderr();
     EXPECT_FALSE(LoginItem::set(false));
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("LoginItem: unregister failed: "), std::string::npos);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("LoginItem: unregister failed: The service "), std::string::npos);
     EXPECT_TRUE(Prefs::d().boolForKey("launchAtLogin"));
 }
 
