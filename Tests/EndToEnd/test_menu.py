@@ -193,15 +193,6 @@ class Cup(Tray):
         self.desktop.xdotool("mousemove", 100, 100)
         wait_for(lambda: not self.tips())
 
-    def test_no_tool_tip_covers_the_menu(self):
-        self.start()
-        self.desktop.point_at_cup()
-        self.desktop.xdotool("click", 3)
-        wait_for(self.menus)
-        self.desktop.xdotool("mousemove_relative", 1, 0)  # no hand rests quite
-        with self.assertRaises(AssertionError):
-            wait_for(self.tips, 1.5)
-
     def test_its_outline_is_dark_on_a_light_panel_and_light_on_a_dark_one(self):
         for panel, expect in (("0xf8f8f8", self.assertLess), ("0x101010", self.assertGreater)):
             with self.subTest(panel):

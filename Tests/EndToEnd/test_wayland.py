@@ -49,16 +49,6 @@ class Idleness(Sway):
         self.assertEqual(self.desktop.end(), 0)
         self.assertTrue(self.comes(), "the inhibitor outlives the program")
 
-    def test_a_screen_that_goes_takes_no_inhibitor_with_it(self):
-        self.desktop.start_as_returning_user()
-        self.switch(on=True)
-        self.swaymsg("create_output")
-        self.swaymsg("output HEADLESS-1 disable")
-        self.assertFalse(self.comes(), "on the other screen")
-        self.swaymsg("output HEADLESS-2 disable")
-        self.swaymsg("output HEADLESS-2 enable")
-        self.assertFalse(self.comes(), "on a screen that came when there was none")
-
 
 class Windows(Sway):
     def setUp(self):
