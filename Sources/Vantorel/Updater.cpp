@@ -39,6 +39,7 @@ constexpr unsigned scriptPermissions = 0755;
 constexpr long statusOK = 200;
 
 constexpr char baseVariable[] = "KORVEX_UPDATE_BASE";
+constexpr char diskImageTool[] = "/usr/bin/hdiutil";
 constexpr char manifestPath[] = "updates/vantorel.json";
 
 std::string bundleName() {
@@ -310,6 +311,9 @@ bool Updater::install(const Release& release) {
     if (release.version.find_first_of("/\0"sv) != std::string::npos) { // file names are made of it, not paths
         return false;
     }
+    if (!fileManager.fileExistsAtPath(diskImageTool)) { // no Mac: nothing here could open the image
+        return false;
+    }
     const auto dmg = download(release);
     if (!dmg) {
         return false;
@@ -347,11 +351,11 @@ NS::URL Updater::download(const Release& release) {
 /// application in the version promised. The image is mounted meanwhile.
 NS::URL Updater::mountAndStage(const NS::URL& dmg, const Release& expecting) {
     const auto mountPoint = temporaryURL(std::string(Product::name) + "-mount-" + NS::UUID::init().UUIDString());
-    if (!run("/usr/bin/hdiutil", {"attach", dmg.path(), "-nobrowse", "-readonly", "-mountpoint", mountPoint.path()})) {
+    if (!run(diskImageTool, {"attach", dmg.path(), "-nobrowse", "-readonly", "-mountpoint", mountPoint.path()})) {
         return {};
     }
     auto staged = stage(mountPoint, expecting);
-    run("/usr/bin/hdiutil", {"detach", mountPoint.path(), "-force"});
+    run(diskImageTool, {"detach", mountPoint.path(), "-force"});
     return staged;
 }
 

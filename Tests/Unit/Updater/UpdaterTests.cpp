@@ -435,9 +435,10 @@ TEST_F(UpdaterTest, AnImageThatCannotBeMountedIsNotUnmounted) {
     EXPECT_EQ(namesIn(temporary), Names());
 }
 
-TEST_F(UpdaterTest, WithoutTheToolTheUpdateFailsInStaging) {
+TEST_F(UpdaterTest, WithoutTheToolNothingIsDownloaded) {
     Tools::remove("hdiutil");
     EXPECT_EQ(logOfCheck(false), Names());
+    EXPECT_EQ(paths(), manifestOnly);
     EXPECT_EQ(toolsRun(), Names());
     EXPECT_EQ(namesIn(temporary), Names());
 }
