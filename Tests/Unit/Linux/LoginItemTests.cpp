@@ -67,7 +67,8 @@ TEST(LoginItem, DisablingWhatIsNotRegisteredIsARefusalToo) {
     Prefs::d().setBool(true, Prefs::launchAtLogin);
     testing::internal::CaptureStderr();
     EXPECT_FALSE(LoginItem::set(false));
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("LoginItem: unregister failed: The service "), std::string::npos);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("LoginItem: unregister failed: The service "),
+              std::string::npos);
     EXPECT_TRUE(Prefs::d().boolForKey("launchAtLogin"));
 }
 

@@ -45,7 +45,7 @@ namespace {
 
 using Shortcuts = QList<QStringList>;
 
-void registerTypes() {
+void registerMenuTypes() {
     qDBusRegisterMetaType<MenuLine>();
     qDBusRegisterMetaType<QList<MenuLine>>();
     qDBusRegisterMetaType<MenuLayout>();
@@ -102,7 +102,7 @@ QList<QVariantMap> propertiesOf(const Menu& menu) {
 } // namespace
 
 DBusMenu::DBusMenu(StatusItemNative& item, const QDBusConnection& bus) : item_(item), bus_(bus) {
-    registerTypes();
+    registerMenuTypes();
     bus_.registerObject(path().path(), this,
                         QDBusConnection::ExportAllProperties | QDBusConnection::ExportScriptableSlots |
                             QDBusConnection::ExportScriptableSignals);

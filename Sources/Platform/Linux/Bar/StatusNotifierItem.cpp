@@ -34,7 +34,7 @@ namespace {
 // Those that panels ask for, so that none has to scale.
 constexpr int sides[] = {16, 18, 22, 24, 32, 36, 44, 48, 64};
 
-const QString path = QStringLiteral("/StatusNotifierItem");
+const QString itemPath = QStringLiteral("/StatusNotifierItem");
 
 // A name of its own rather than the connection's: to give it back is the only way to leave the panel at once.
 QString itemName() {
@@ -46,7 +46,7 @@ QDBusMessage callBus(const QString& method) {
     return QDBusMessage::createMethodCall(bus, QStringLiteral("/org/freedesktop/DBus"), bus, method);
 }
 
-void registerTypes() {
+void registerItemTypes() {
     qDBusRegisterMetaType<IconPixmap>();
     qDBusRegisterMetaType<IconPixmaps>();
     qDBusRegisterMetaType<ItemToolTip>();
@@ -72,16 +72,16 @@ QPoint clickPosition(int x, int y) {
 StatusNotifierItem::StatusNotifierItem(StatusItemNative& item, const QString& title, const QDBusConnection& bus,
                                        const SystemTray* tray)
     : item_(item), title_(title), bus_(bus), appearance_(tray), menu_(item, bus) {
-    registerTypes();
+    registerItemTypes();
     connect(&appearance_, &PanelAppearance::changed, this, &StatusNotifierItem::NewIcon);
-    bus_.registerObject(path, this,
+    bus_.registerObject(itemPath, this,
                         QDBusConnection::ExportAllProperties | QDBusConnection::ExportScriptableSlots |
                             QDBusConnection::ExportScriptableSignals);
     requestName();
 }
 
 StatusNotifierItem::~StatusNotifierItem() {
-    bus_.unregisterObject(path);
+    bus_.unregisterObject(itemPath);
     if (bus_.isConnected()) { // not when the process ends: the bus knows, and what is sent then is leaked
         bus_.send(callBus(QStringLiteral("ReleaseName")) << itemName());
     }

@@ -13,13 +13,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const QString service = QStringLiteral("org.kde.StatusNotifierWatcher");
-const QString path = QStringLiteral("/StatusNotifierWatcher");
+const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
 QDBusMessage isHostRegistered() {
-    auto get = QDBusMessage::createMethodCall(service, path, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                              QStringLiteral("Get"));
-    get << service << QStringLiteral("IsStatusNotifierHostRegistered");
+    auto get = QDBusMessage::createMethodCall(watcherName, watcherPath,
+                                              QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    get << watcherName << QStringLiteral("IsStatusNotifierHostRegistered");
     get.setAutoStartService(false); // it is the desktop's business whether there is a watcher
     return get;
 }
@@ -43,11 +43,11 @@ StatusNotifierWatch::StatusNotifierWatch(const QDBusConnection& bus) : bus_(bus)
 }
 
 void StatusNotifierWatch::followHosts() {
-    auto* watcher = new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
+    auto* watcher = new QDBusServiceWatcher(watcherName, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, &StatusNotifierWatch::watcherChanged);
     for (const auto* signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
         // From any sender: to name one makes Qt ask for its owner and wait.
-        bus_.connect(QString(), path, service, QString::fromLatin1(signal), this, SLOT(ask()));
+        bus_.connect(QString(), watcherPath, watcherName, QString::fromLatin1(signal), this, SLOT(ask()));
     }
 }
 
