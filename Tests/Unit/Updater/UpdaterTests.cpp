@@ -354,8 +354,12 @@ TEST_F(UpdaterTest, AnImageThatDoesNotArriveLeavesNothing) {
 TEST_F(UpdaterTest, ADownloadThatCannotBeReadIsLeftWhereItIs) {
     server.answer(imagePath, {{headOf(image.size())}, {image.substr(0, 1000)}, {image.substr(1000), 1h}});
     auto running = std::async(std::launch::async, [] { return Updater::checkAndInstall(false); });
-    ASSERT_TRUE(becomesTrue([&] { return !namesIn(temporary).empty(); }));
-    const auto file = temporary / namesIn(temporary).at(0);
+    Names names;
+    ASSERT_TRUE(becomesTrue([&] {
+        names = namesIn(temporary);
+        return !names.empty() && names[0].starts_with("download-");
+    }));
+    const auto file = temporary / names[0];
     fs::remove(file);
     fs::create_directory(file);
     server.release();
