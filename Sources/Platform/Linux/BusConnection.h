@@ -12,7 +12,7 @@ enum class BusKind { Session, System };
 
 /// A connection to a bus for one purpose, by sd-bus: unlike Qt's, it connects without waiting, so that a bus daemon
 /// that hangs costs nothing. Main thread only.
-/// https://dbus.freedesktop.org/doc/dbus-specification.html
+/// https://www.freedesktop.org/software/systemd/man/latest/sd-bus.html
 class BusConnection {
 public:
     BusConnection(BusKind kind, const char* purpose) : kind_(kind), purpose_(purpose) {}
