@@ -333,9 +333,9 @@ class Desktop(contextlib.AbstractContextManager):
 
     def start_service(self, name):
         kind, bus_name = SERVICES[name][:2]
-        template = HERE / "mocks" / f"{name}.py"
-        process = self.spawn([sys.executable, "-m", "dbusmock", "--template", str(template),
-                              "-p", '{"refuses": %s}' % str(self.refuses).lower()])
+        mocks = HERE / "mocks"
+        process = self.spawn([sys.executable, "-B", "-m", "dbusmock", "--template", str(mocks / f"{name}.py"),
+                              "-p", '{"refuses": %s}' % str(self.refuses).lower()], environment={"PYTHONPATH": str(mocks)})
         bus = self.bus(kind)
         wait_for(lambda: bus.name_has_owner(bus_name), what=bus_name)
         setattr(self, f"{name}_process", process)

@@ -1,41 +1,24 @@
-"""A GNOME-like session manager's inhibitors for python3-dbusmock: it drops what a client that is gone held."""
+"""A GNOME-like session manager's inhibitors for python3-dbusmock."""
 
 import dbus
+import inhibitors
+from inhibitors import List, lend, take_back  # noqa: F401 (List is called over the bus)
 
 BUS_NAME = "org.gnome.SessionManager"
 MAIN_OBJ = "/org/gnome/SessionManager"
 MAIN_IFACE = "org.gnome.SessionManager"
-TEST_IFACE = "test.Inhibitors"
 SYSTEM_BUS = False
 
 
 def load(mock, parameters):
-    mock.refuses = bool(parameters.get("refuses", False))
-    mock.inhibitors = {}
-    mock.last_cookie = 200
-
-    def owner_changed(name, _old, new):
-        if not new:
-            for cookie in [c for c, (owner, _) in mock.inhibitors.items() if owner == name]:
-                del mock.inhibitors[cookie]
-
-    dbus.SessionBus().add_signal_receiver(owner_changed, "NameOwnerChanged", "org.freedesktop.DBus")
+    inhibitors.load(mock, parameters, last_cookie=200)
 
 
 @dbus.service.method(MAIN_IFACE, in_signature="susu", out_signature="u", sender_keyword="sender")
 def Inhibit(self, application, _window, reason, flags, sender=None):
-    if self.refuses:
-        raise dbus.exceptions.DBusException("not today", name="org.freedesktop.DBus.Error.AccessDenied")
-    self.last_cookie += 1
-    self.inhibitors[self.last_cookie] = (sender, f"{application}|{reason}|{flags}")
-    return self.last_cookie
+    return lend(self, sender, application, reason, flags)
 
 
 @dbus.service.method(MAIN_IFACE, in_signature="u", out_signature="")
 def Uninhibit(self, cookie):
-    self.inhibitors.pop(int(cookie), None)
-
-
-@dbus.service.method(TEST_IFACE, in_signature="", out_signature="as")
-def List(self):
-    return dbus.Array([text for _, text in self.inhibitors.values()], signature="s")
+    take_back(self, cookie)
