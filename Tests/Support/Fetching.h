@@ -36,6 +36,18 @@ inline std::string body(const std::string& url, double timeout = 10) {
     return status == 200 ? answer->data : "status " + std::to_string(status);
 }
 
+/// The files of two downloads of these bytes; fewer where one fails.
+inline std::vector<std::string> filesOfTwoDownloads(Seam::HTTPServer& server, const std::string& bytes) {
+    server.answer("/x", {200, bytes, {}});
+    std::vector<std::string> files;
+    for (int number = 0; number < 2; ++number) {
+        if (const auto file = download(server.url("/x"))) {
+            files.push_back(file->location.path());
+        }
+    }
+    return files;
+}
+
 template <class Action>
 std::chrono::duration<double> durationOf(Action action) {
     const auto start = std::chrono::steady_clock::now();

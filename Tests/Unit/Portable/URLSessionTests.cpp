@@ -31,12 +31,10 @@ TEST_F(URLSession, AnyStatusIsAnAnswer) {
 
 TEST_F(URLSession, EachDownloadIsAFileOfItsOwn) {
     const std::string bytes(1'000'000, '\xE9');
-    server_.answer("/x", {200, bytes, {}});
-    const auto first = download(server_.url("/x"));
-    const auto second = download(server_.url("/x"));
-    ASSERT_TRUE(first && second);
-    EXPECT_NE(first->location.path(), second->location.path());
-    for (const auto& path : {first->location.path(), second->location.path()}) {
+    const auto files = filesOfTwoDownloads(server_, bytes);
+    ASSERT_EQ(files.size(), 2U);
+    EXPECT_NE(files[0], files[1]);
+    for (const auto& path : files) {
         EXPECT_TRUE(read(path) == bytes);
         std::filesystem::remove(path);
     }
