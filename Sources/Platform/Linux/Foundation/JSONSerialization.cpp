@@ -3,6 +3,7 @@
 #include "Platform/Linux/Native.h"
 
 #include <QByteArrayView>
+#include <QString>
 #include <QStringConverter>
 #include <QStringView>
 #include <algorithm>
@@ -53,25 +54,6 @@ private:
     bool isAll_;
     std::vector<std::span<const std::string>> paths_;
 };
-
-void appendUTF8(char32_t character, std::string& text) {
-    const auto trail = [&](int shift) { text += static_cast<char>(0x80 | ((character >> shift) & 0x3F)); };
-    if (character < 0x80) {
-        text += static_cast<char>(character);
-    } else if (character < 0x800) {
-        text += static_cast<char>(0xC0 | (character >> 6));
-        trail(0);
-    } else if (character < 0x10000) {
-        text += static_cast<char>(0xE0 | (character >> 12));
-        trail(6);
-        trail(0);
-    } else {
-        text += static_cast<char>(0xF0 | (character >> 18));
-        trail(12);
-        trail(6);
-        trail(0);
-    }
-}
 
 template <class Number>
 std::optional<Number> numberOf(std::string_view text) {
@@ -256,7 +238,7 @@ private:
             character = QChar::surrogateToUcs4(static_cast<char16_t>(*character), static_cast<char16_t>(*low));
         }
         if (text) {
-            appendUTF8(*character, *text);
+            *text += QString::fromUcs4(&*character, 1).toStdString();
         }
         return true;
     }

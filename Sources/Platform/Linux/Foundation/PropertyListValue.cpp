@@ -19,8 +19,8 @@ namespace Linux {
 
 namespace {
 
-constexpr std::size_t maxPropertyListSize = std::size_t{64}
-                                            << 20; // bytes; an image may hold a file of any length that is all zeros
+// An image may hold a file of any length that is all zeros.
+constexpr std::size_t maxPropertyListSize = std::size_t{64} << 20; // bytes
 constexpr int maxElementNesting = 512;
 
 bool contains(const std::vector<std::string>& wanted, std::string_view key) {
