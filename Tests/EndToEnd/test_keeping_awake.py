@@ -227,6 +227,10 @@ class Refusals(unittest.TestCase):
                 bus.send_signal(signal.SIGCONT)
             self.assertEqual(wait_for(desktop.screensaver_inhibitors), [SCREENSAVER_ENTRY])
             self.assertEqual(wait_for(desktop.logind_inhibitors), [LOGIND_ENTRY])
+            for filled in (False, True):  # Qt, which waits while it connects, has done so after these
+                desktop.click_cup()
+                wait_for(lambda: desktop.cup_is_filled() == filled, 2)
+                wait_for(lambda: bool(desktop.logind_inhibitors()) == filled)
             for bus in buses:
                 bus.send_signal(signal.SIGSTOP)
             for filled in (False, True, False):

@@ -311,6 +311,18 @@ class ComingAndGoing(StatusNotifier):
         self.expect_in_tray()
         wait_for(self.desktop.cup_is_filled)
 
+    def test_the_cup_stays_in_the_tray_while_a_watcher_comes_without_a_panel(self):
+        self.open_desktop()
+        self.desktop.start_as_returning_user()
+        self.expect_in_tray()
+        window = self.desktop.cup_window().id
+        self.open_host(registered=False)
+        end = time.monotonic() + 1  # twice as long as a watcher has for its answer
+        while time.monotonic() < end:
+            self.assertEqual(self.desktop.cup_window().id, window)
+        self.host.call("set_host_registered", value=True)
+        self.expect_in_panel()
+
     def test_a_watcher_that_refuses_is_none(self):
         self.open_desktop()
         self.open_host()

@@ -1,6 +1,9 @@
 #include "Platform/Linux/BusProbe.h"
 
+#include "Platform/Linux/BusConnection.h"
+
 #include <cerrno>
+#include <memory>
 #include <utility>
 
 namespace Linux {
@@ -11,8 +14,7 @@ namespace {
 /// bus has come to.
 class BusProbe final : public QObject {
 public:
-    BusProbe(BusKind kind, QObject* owner, std::function<void()> done)
-        : QObject(owner), bus_(kind, "probe"), done_(std::move(done)) {
+    BusProbe(QObject* owner, std::function<void()> done) : QObject(owner), done_(std::move(done)) {
         bus_.lost = [this](int error) {
             if (error != ETIMEDOUT || !ask()) {
                 deleteLater();
@@ -40,14 +42,14 @@ private:
         return 0;
     }
 
-    BusConnection bus_;
+    BusConnection bus_{BusKind::Session, "probe"};
     const std::function<void()> done_;
 };
 
 } // namespace
 
-bool whenBusAnswers(BusKind kind, QObject* owner, std::function<void()> done) {
-    auto probe = std::make_unique<BusProbe>(kind, owner, std::move(done));
+bool whenSessionBusAnswers(QObject* owner, std::function<void()> done) {
+    auto probe = std::make_unique<BusProbe>(owner, std::move(done));
     return probe->ask() && probe.release();
 }
 

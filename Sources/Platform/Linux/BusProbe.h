@@ -1,13 +1,12 @@
 #pragma once
 
-#include "Platform/Linux/BusConnection.h"
-
 #include <QObject>
+#include <functional>
 
 namespace Linux {
 
-/// Calls back, once, when the bus answers; false where there is none. Qt's own connections wait for a bus that hangs,
-/// so ask here before the first use of one. Dropped with `owner`.
-bool whenBusAnswers(BusKind kind, QObject* owner, std::function<void()> done);
+/// Calls back, once, when the session bus answers; false where there is none. Qt's own connection waits for a bus that
+/// hangs, so ask here before the first use of it. Dropped with `owner`.
+bool whenSessionBusAnswers(QObject* owner, std::function<void()> done);
 
 } // namespace Linux

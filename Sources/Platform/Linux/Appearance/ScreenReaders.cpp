@@ -8,7 +8,7 @@ namespace Linux {
 
 // What QGuiApplication::exec() does at once, and waits for a bus that hangs.
 void meetScreenReaders() {
-    whenBusAnswers(BusKind::Session, qApp, [] { QAccessible::setRootObject(qApp); });
+    whenSessionBusAnswers(qApp, [] { QAccessible::setRootObject(qApp); });
 }
 
 } // namespace Linux

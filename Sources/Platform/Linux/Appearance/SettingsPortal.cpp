@@ -78,7 +78,7 @@ void SettingsPortal::settingChanged(const QString&, const QString&, const QDBusV
 std::unique_ptr<QObject> followColorScheme() {
     auto portal = std::make_unique<SettingsPortal>();
     const auto follow = [&portal = *portal] { portal.follow(QDBusConnection::sessionBus()); };
-    return whenBusAnswers(BusKind::Session, portal.get(), follow) ? std::move(portal) : nullptr;
+    return whenSessionBusAnswers(portal.get(), follow) ? std::move(portal) : nullptr;
 }
 
 } // namespace Linux

@@ -45,6 +45,7 @@ private:
     const QString name_ = QCoreApplication::applicationName();
     const std::unique_ptr<SystemTray> tray_ = systemTray(); // absent without X11
     std::optional<StatusNotifierWatch> watch_;              // absent without a session bus that answers
+    StatusNotifierWatch::Host host_ = StatusNotifierWatch::Host::Unknown; // as when the cup was last placed
     std::unique_ptr<StatusItemPresenter> shown_;
     QTimer patience_; // for a bus that hangs
 };
@@ -52,7 +53,7 @@ private:
 SessionPresenter::SessionPresenter(StatusItemNative& item) : item_(item) {
     patience_.setSingleShot(true);
     QObject::connect(&patience_, &QTimer::timeout, &patience_, [this] { changeOver(); });
-    if (whenBusAnswers(BusKind::Session, &patience_, [this] { busAnswered(); })) {
+    if (whenSessionBusAnswers(&patience_, [this] { busAnswered(); })) {
         patience_.start(500ms);
     }
     QTimer::singleShot(10s, &patience_, [this] { complain(); }); // a session may start its panel after us
@@ -81,15 +82,20 @@ void SessionPresenter::complain() const {
 
 void SessionPresenter::changeOver() {
     using Host = StatusNotifierWatch::Host;
-    shown_.reset(); // first, so that the cup never shows twice
     const Host host = watch_ ? watch_->host() : patience_.isActive() ? Host::Unknown : Host::Absent;
+    // What shows stays until the answer. A host may be another one than before, and wants its own item.
+    if (host == Host::Unknown || (host == Host::Absent && host_ == Host::Absent)) {
+        return;
+    }
+    host_ = host;
+    shown_.reset(); // first, so that the cup never shows twice
     qCDebug(barLog) << "the cup is"
-                    << (host == Host::Present           ? "a StatusNotifierItem"
-                        : host == Host::Absent && tray_ ? "an icon of the X11 tray"
-                                                        : "not shown");
+                    << (host == Host::Present ? "a StatusNotifierItem"
+                        : tray_               ? "an icon of the X11 tray"
+                                              : "not shown");
     if (host == Host::Present) {
         shown_ = notifierItem();
-    } else if (host == Host::Absent && tray_) {
+    } else if (tray_) {
         shown_ = std::make_unique<SystemTrayIcon>(item_, name_, *tray_);
     }
 }

@@ -1,13 +1,11 @@
 #include "Platform/AppKit/Workspace.h"
 #include "Platform/Foundation/NotificationCenter.h"
-#include "Platform/Linux/BusProbe.h"
+#include "Platform/Linux/BusConnection.h"
 #include "Platform/Linux/Clock/Sleep.h"
 #include "Platform/Linux/Foundation/Files.h"
 #include "Platform/Linux/Seam.h"
 
 #include <QByteArray>
-#include <QDBusConnection>
-#include <QDBusMessage>
 #include <QFileSystemWatcher>
 #include <QObject>
 #include <QSocketNotifier>
@@ -25,19 +23,18 @@ namespace Linux {
 /// one). Without logind or timedated, their events are not posted; nothing polls.
 /// https://www.freedesktop.org/software/systemd/man/org.freedesktop.login1.html (PrepareForSleep), timerfd_create(2)
 class SystemEvents : public QObject {
-    Q_OBJECT
-
 public:
     explicit SystemEvents(NotificationCenter workspaceCenter);
 
 private:
-    Q_SLOT void prepareForSleep(bool goingToSleep);
-    Q_SLOT void zoneMayHaveChanged();
+    void prepareForSleep(bool goingToSleep);
+    void zoneMayHaveChanged();
     void watchServices();
     void watchClock();
     void armClock();
 
     NotificationCenter workspaceCenter_;
+    BusConnection bus_{BusKind::System, "the system's events"};
     const Descriptor clock_{timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK)};
     std::unique_ptr<QSocketNotifier> clockNotifier_;
     QFileSystemWatcher files_;
@@ -50,7 +47,12 @@ std::shared_ptr<void> watchSystem(const NotificationCenter& workspaceCenter) {
 
 SystemEvents::SystemEvents(NotificationCenter workspaceCenter)
     : workspaceCenter_(std::move(workspaceCenter)), zone_(systemTimeZone().id()) {
-    whenBusAnswers(BusKind::System, this, [this] { watchServices(); });
+    bus_.lost = [this](int error) {
+        if (error == ETIMEDOUT) { // the bus hung for long and has come to
+            watchServices();
+        }
+    };
+    watchServices();
     // The folder for a link or a file that is replaced, the file for one that is written to.
     files_.addPaths({QStringLiteral("/etc"), QStringLiteral("/etc/localtime")});
     connect(&files_, &QFileSystemWatcher::directoryChanged, this, &SystemEvents::zoneMayHaveChanged);
@@ -59,13 +61,25 @@ SystemEvents::SystemEvents(NotificationCenter workspaceCenter)
 }
 
 void SystemEvents::watchServices() {
-    // Signals by path and interface: naming the sender would make Qt wait for an answer about its owner.
-    auto bus = QDBusConnection::systemBus();
-    bus.connect(QString(), QStringLiteral("/org/freedesktop/login1"), QStringLiteral("org.freedesktop.login1.Manager"),
-                QStringLiteral("PrepareForSleep"), this, SLOT(prepareForSleep(bool)));
-    bus.connect(QString(), QStringLiteral("/org/freedesktop/timedate1"),
-                QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"), this,
-                SLOT(zoneMayHaveChanged()));
+    if (!bus_.open()) {
+        return;
+    }
+    const auto sleep = [](sd_bus_message* signal, void* self, sd_bus_error*) {
+        int goingToSleep = 0;
+        if (sd_bus_message_read(signal, "b", &goingToSleep) > 0) {
+            static_cast<SystemEvents*>(self)->prepareForSleep(goingToSleep != 0);
+        }
+        return 0;
+    };
+    const auto zone = [](sd_bus_message*, void* self, sd_bus_error*) {
+        static_cast<SystemEvents*>(self)->zoneMayHaveChanged();
+        return 0;
+    };
+    sd_bus_match_signal_async(bus_.get(), nullptr, "org.freedesktop.login1", "/org/freedesktop/login1",
+                              "org.freedesktop.login1.Manager", "PrepareForSleep", sleep, nullptr, this);
+    sd_bus_match_signal_async(bus_.get(), nullptr, "org.freedesktop.timedate1", "/org/freedesktop/timedate1",
+                              "org.freedesktop.DBus.Properties", "PropertiesChanged", zone, nullptr, this);
+    bus_.process();
 }
 
 void SystemEvents::prepareForSleep(bool goingToSleep) {
@@ -109,5 +123,3 @@ void SystemEvents::armClock() {
 }
 
 } // namespace Linux
-
-#include "SystemEvents.moc"
