@@ -43,8 +43,8 @@ private:
 
     StatusItemNative& item_;
     const QString name_ = QCoreApplication::applicationName();
-    const std::unique_ptr<SystemTray> tray_ = systemTray(); // absent without X11
-    std::optional<StatusNotifierWatch> watch_;              // absent without a session bus that answers
+    const std::unique_ptr<SystemTray> tray_ = systemTray();               // absent without X11
+    std::optional<StatusNotifierWatch> watch_;                            // absent without a session bus that answers
     StatusNotifierWatch::Host host_ = StatusNotifierWatch::Host::Unknown; // as when the cup was last placed
     std::unique_ptr<StatusItemPresenter> shown_;
     QTimer patience_; // for a bus that hangs
