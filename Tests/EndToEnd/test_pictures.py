@@ -19,14 +19,18 @@ class WithPictures(Settings):
     def expect_picture(self, name):
         x, y, width, height = self.desktop.geometry(self.window)
         self.desktop.xdotool("mousemove", 1, 1)
-        self.desktop.wait_for_still_picture()
         self.TAKEN.mkdir(exist_ok=True)
         taken = self.TAKEN / f"{name}.png"
-        self.desktop.screenshot(taken, f"{width}x{height}+{x}+{y}")
-        compared = subprocess.run(["compare", "-metric", "AE", "-fuzz", "6%", taken, PICTURES / f"{name}.png", "null:"],
-                                  capture_output=True, text=True)
-        self.assertLess(compared.returncode, 2, compared.stderr)
-        self.assertLessEqual(float(compared.stderr), self.TOLERANCE, f"{taken} is not as it was")
+
+        def is_as_it_was():
+            self.desktop.wait_for_still_picture()
+            self.desktop.screenshot(taken, f"{width}x{height}+{x}+{y}")
+            compared = subprocess.run(["compare", "-metric", "AE", "-fuzz", "6%", taken, PICTURES / f"{name}.png", "null:"],
+                                      capture_output=True, text=True)
+            self.assertLess(compared.returncode, 2, compared.stderr)
+            return float(compared.stderr) <= self.TOLERANCE
+
+        wait_for(is_as_it_was, 5, f"{taken} to be as it was")
 
 
 class Pictures(WithPictures):
