@@ -15,11 +15,11 @@ namespace {
 constexpr uint preferDark = 1;
 constexpr uint preferLight = 2;
 
-const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
-const QString group = QStringLiteral("org.freedesktop.appearance");
-const QString key = QStringLiteral("color-scheme");
+const QString portalName = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
+const QString schemeGroup = QStringLiteral("org.freedesktop.appearance");
+const QString schemeKey = QStringLiteral("color-scheme");
 
 // Portals answer `Read` with a variant within the variant.
 uint number(QVariant value) {
@@ -56,14 +56,15 @@ private:
 void SettingsPortal::follow(const QDBusConnection& bus) {
     qRegisterMetaType<QDBusVariant>(); // Qt takes no slot with one before something else has made it known
     // From any sender: to name one makes Qt ask for its owner and wait.
-    QDBusConnection(bus).connect(QString(), path, interface, QStringLiteral("SettingChanged"), {group, key},
-                                 QStringLiteral("ssv"), this, SLOT(settingChanged(QString, QString, QDBusVariant)));
+    QDBusConnection(bus).connect(QString(), portalPath, settingsInterface, QStringLiteral("SettingChanged"),
+                                 {schemeGroup, schemeKey}, QStringLiteral("ssv"), this,
+                                 SLOT(settingChanged(QString, QString, QDBusVariant)));
     read(bus);
 }
 
 void SettingsPortal::read(const QDBusConnection& bus) {
-    auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
-    call << group << key;
+    auto call = QDBusMessage::createMethodCall(portalName, portalPath, settingsInterface, QStringLiteral("Read"));
+    call << schemeGroup << schemeKey;
     callLater(bus, call, this, [](const QDBusMessage& answer) {
         if (answer.type() == QDBusMessage::ReplyMessage) {
             apply(answer.arguments().value(0));
