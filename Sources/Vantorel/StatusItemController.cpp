@@ -44,9 +44,11 @@ void StatusItemController::refreshIcon() {
     button.setToolTip(L10n::t(active ? "menu.statusOn" : "menu.statusOff"));
 }
 
-// From macOS 27 on, the event of the action may be another one than the click, typically a movement of the mouse.
-bool StatusItemController::wantsMenu(const std::optional<NS::Event>& event, unsigned long pressedButtons,
-                                     NS::EventModifierFlags modifiers) {
+// From macOS 27 on, the event of the action may be another one than the click, typically a movement of the mouse. What
+// is held down is asked for only then: on X11 that waits for the server.
+bool StatusItemController::wantsMenu(const std::optional<NS::Event>& event,
+                                     const std::function<unsigned long()>& pressedButtons,
+                                     const std::function<NS::EventModifierFlags()>& modifiers) {
     if (!event) {
         return false;
     }
@@ -54,12 +56,12 @@ bool StatusItemController::wantsMenu(const std::optional<NS::Event>& event, unsi
         return event->type == NS::EventType::RightMouseUp ||
                contains(event->modifierFlags, NS::EventModifierFlags::Control);
     }
-    return (pressedButtons & rightButton) != 0 || contains(modifiers, NS::EventModifierFlags::Control);
+    return (pressedButtons() & rightButton) != 0 || contains(modifiers(), NS::EventModifierFlags::Control);
 }
 
 void StatusItemController::statusItemClicked() {
-    if (!wantsMenu(NS::Application::sharedApplication().currentEvent(), NS::Event::pressedMouseButtons(),
-                   NS::Event::currentModifierFlags())) {
+    if (!wantsMenu(NS::Application::sharedApplication().currentEvent(), NS::Event::pressedMouseButtons,
+                   NS::Event::currentModifierFlags)) {
         toggleFromMenu();
         return;
     }

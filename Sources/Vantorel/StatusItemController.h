@@ -18,8 +18,8 @@ public:
 
     /// Whether a click asks for the menu: by the event of the action where that is the click, by what is held down
     /// where it is another one. An action without an event, as assistive software sends it, does not.
-    static bool wantsMenu(const std::optional<NS::Event>& event, unsigned long pressedButtons,
-                          NS::EventModifierFlags modifiers);
+    static bool wantsMenu(const std::optional<NS::Event>& event, const std::function<unsigned long()>& pressedButtons,
+                          const std::function<NS::EventModifierFlags()>& modifiers);
 
     /// The button's action.
     void statusItemClicked();

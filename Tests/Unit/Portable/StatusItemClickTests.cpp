@@ -14,7 +14,7 @@ constexpr unsigned long right = 2;
 
 bool opensMenu(const std::optional<Event>& event, unsigned long pressed,
                EventModifierFlags modifiers = EventModifierFlags::None) {
-    return StatusItemController::wantsMenu(event, pressed, modifiers);
+    return StatusItemController::wantsMenu(event, [=] { return pressed; }, [=] { return modifiers; });
 }
 
 TEST(StatusItemClick, AMouseUpIsJudgedByItself) {
