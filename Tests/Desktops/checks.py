@@ -133,10 +133,18 @@ class Checks:
             return self.say("shows", NO, "no tray of any kind")
         self.welcome()
         wait_for(lambda: self.desktop.items() or self.desktop.tray_windows(), "the cup in the tray")
+        self.desktop.nudge()
+        wait_for(self.nothing_changes, "the end of the session's start", 120)
         self.find_cup()
         self.off = self.desktop.settle()
         self.keep("off", self.around())
         self.say("shows", YES)
+
+    def nothing_changes(self):
+        """For some seconds: panels show one part after the other."""
+        before = self.desktop.picture()
+        time.sleep(6)
+        return len(differing(before, self.desktop.picture())) < 50
 
     def find_cup(self):
         self.desktop.nudge()

@@ -91,11 +91,13 @@ def background(picture):
 
 
 def plain(picture, box):
-    """What of a box has the background's color: a menu without its shadow."""
+    """What of a box has the background's color for the greater part: a menu without its shadow, and without the panel."""
     part = picture.cut(box)
     ground = background(part)
     points = [divmod(index, part.width) for index, color in enumerate(part.colors()) if color == ground]
-    rows, columns = [y for y, _ in points], [x for _, x in points]
+    in_rows, in_columns = collections.Counter(y for y, _ in points), collections.Counter(x for _, x in points)
+    rows = [y for y, count in in_rows.items() if 2 * count > part.width]
+    columns = [x for x, count in in_columns.items() if 2 * count > part.height]
     return Box(box.left + min(columns), box.top + min(rows), box.left + max(columns) + 1, box.top + max(rows) + 1)
 
 

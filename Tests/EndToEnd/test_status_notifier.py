@@ -282,6 +282,24 @@ class Menu(OnPanel):
         self.host.wait_for_items(0)
 
 
+class Names(StatusNotifier):
+    def name_on(self, desktop):
+        self.open_desktop()
+        self.open_host()
+        self.desktop.environment["XDG_CURRENT_DESKTOP"] = desktop
+        self.desktop.start_as_returning_user()
+        [name] = self.host.wait_for_items()
+        return name
+
+    def test_the_item_has_a_name_of_its_own(self):
+        self.assertEqual(self.name_on("XFCE"), f"org.kde.StatusNotifierItem-{self.desktop.app_process.pid}-1")
+
+    def test_on_gnome_it_goes_by_the_connections_and_no_other(self):
+        self.assertRegex(self.name_on("ubuntu:GNOME"), r"^:\d")
+        names = self.desktop.bus("session").list_names()
+        self.assertFalse([name for name in names if name.startswith("org.kde.StatusNotifierItem-")])
+
+
 class ComingAndGoing(StatusNotifier):
     def test_the_cup_moves_to_a_panel_that_comes_and_back_when_it_goes(self):
         self.open_desktop()

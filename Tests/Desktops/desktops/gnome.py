@@ -2,6 +2,7 @@
 
 import json
 import pathlib
+import re
 
 from desktop import HEIGHT, MINUTE, WIDTH, Desktop
 from machine import Missing, wait_for
@@ -52,6 +53,12 @@ class Gnome(Desktop):
 
     def logged_in(self):
         self.shell("Main.overview.hide()")
+
+    def items(self):
+        """There the item goes by the connection's name."""
+        watcher = "org.kde.StatusNotifierWatcher"
+        answer = self.machine.property(watcher, "/StatusNotifierWatcher", watcher, "RegisteredStatusNotifierItems", check=False)
+        return [tuple(item.split("@")) for item in re.findall(r'"(:[^"]+)"', answer)]
 
     def shell(self, script):
         """Evaluates something in the shell."""

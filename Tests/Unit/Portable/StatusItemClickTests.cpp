@@ -20,6 +20,9 @@ bool opensMenu(const std::optional<Event>& event, unsigned long pressed,
 TEST(StatusItemClick, AMouseUpIsJudgedByItself) {
     EXPECT_TRUE(opensMenu(Event{EventType::RightMouseUp}, none));
     EXPECT_TRUE(opensMenu(Event{EventType::LeftMouseUp, EventModifierFlags::Control}, none));
+    EXPECT_TRUE(
+        opensMenu(Event{EventType::LeftMouseUp, EventModifierFlags::Control | EventModifierFlags::Shift}, none));
+    EXPECT_FALSE(opensMenu(Event{EventType::LeftMouseUp, EventModifierFlags::Shift}, none));
     EXPECT_FALSE(opensMenu(Event{EventType::LeftMouseUp}, none));
     EXPECT_FALSE(opensMenu(Event{EventType::LeftMouseUp}, right, EventModifierFlags::Control));
 }

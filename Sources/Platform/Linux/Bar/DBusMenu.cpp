@@ -1,5 +1,6 @@
 #include "Platform/Linux/Bar/DBusMenu.h"
 
+#include "Platform/Linux/CurrentDesktop.h"
 #include "Platform/Linux/DBus.h"
 #include "Platform/Linux/Foundation/UserDefaultsNative.h"
 #include "Platform/Linux/Logging.h"
@@ -58,8 +59,7 @@ void registerMenuTypes() {
 
 // GTK's panels know keys by the names of their keysyms; Plasma's and LXQt's know the comma only as itself.
 QString keyName(const QString& key) {
-    const auto desktops = qgetenv("XDG_CURRENT_DESKTOP").split(':');
-    const bool isQt = desktops.contains("KDE") || desktops.contains("LXQt");
+    const bool isQt = isCurrentDesktop("KDE") || isCurrentDesktop("LXQt");
     return key == u"," && !isQt ? QStringLiteral("comma") : key;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/AppKit/Palette.h"
 #include "Platform/Linux/Bar/PanelIcon.h"
+#include "Platform/Linux/CurrentDesktop.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -12,8 +13,7 @@ namespace {
 
 // GNOME's own bar is black under either scheme; that of its classic session follows.
 bool barIsAlwaysDark() {
-    const auto desktops = qgetenv("XDG_CURRENT_DESKTOP").split(':');
-    return desktops.contains("GNOME") && !desktops.contains("GNOME-Classic");
+    return isCurrentDesktop("GNOME") && !isCurrentDesktop("GNOME-Classic");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "Platform/Linux/Bar/Click.h"
 #include "Platform/Linux/Bar/PanelIcon.h"
+#include "Platform/Linux/CurrentDesktop.h"
 #include "Platform/Linux/DBus.h"
 #include "Platform/Linux/Logging.h"
 
@@ -77,7 +78,13 @@ StatusNotifierItem::StatusNotifierItem(StatusItemNative& item, const QString& ti
     bus_.registerObject(itemPath, this,
                         QDBusConnection::ExportAllProperties | QDBusConnection::ExportScriptableSlots |
                             QDBusConnection::ExportScriptableSignals);
-    requestName();
+    if (isCurrentDesktop("GNOME")) {
+        // Its AppIndicator extension (46) watches another name than the connection's, and loses the item when that
+        // watch is faster than the item's properties: seen when both start together.
+        registerAs(bus_.baseService());
+    } else {
+        requestName();
+    }
 }
 
 StatusNotifierItem::~StatusNotifierItem() {

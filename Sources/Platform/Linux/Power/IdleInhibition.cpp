@@ -1,5 +1,7 @@
 #include "Platform/Linux/Power/IdleInhibition.h"
 
+#include "Platform/Linux/CurrentDesktop.h"
+
 #include <algorithm>
 #include <chrono>
 #include <vector>
@@ -13,7 +15,7 @@ using namespace std::chrono_literals;
 constexpr auto longestWait = 1000ms;
 
 bool isPlasma() {
-    return qgetenv("XDG_CURRENT_DESKTOP").split(':').contains("KDE");
+    return isCurrentDesktop("KDE");
 }
 
 } // namespace
