@@ -224,6 +224,13 @@ TEST_F(WelcomeWindowControllerTest, ShowingPutsAStoredLanguageBack) {
     EXPECT_EQ(Prefs::d().stringForKey("appLanguage"), "fr");
 }
 
+TEST_F(WelcomeWindowControllerTest, ItsTextsAreInTheSystemsLanguageWhateverIsStored) {
+    Prefs::d().setObject(NS::PropertyListValue("en"), Prefs::appLanguage);
+    const auto pieces = show("pt_BR");
+    EXPECT_EQ(pieces.subtitle.stringValue(), L10n::table().at("welcome.subtitle").pt);
+    EXPECT_EQ(pieces.continueButton.title(), L10n::table().at("welcome.continue").pt);
+}
+
 TEST_F(WelcomeWindowControllerTest, ContinuingStoresTheLanguageThenCompletes) {
     std::string storedAtCompletion;
     std::size_t windowsAtCompletion = 99;
