@@ -567,6 +567,16 @@ TEST_F(SettingsWindowControllerTest, PickedTimesAreStoredAndInForceAtOnce) {
               (std::vector{now.dateByAddingTimeInterval(10 * 3600.0), now.dateByAddingTimeInterval(18 * 3600.0)}));
 }
 
+TEST_F(SettingsWindowControllerTest, OnePickedTimeEndsAnOverrideBeforeItDecides) {
+    Prefs::d().setBool(true, Prefs::scheduleEnabled);
+    const auto pieces = show();
+    engine->reconcile();
+    engine->manualOverride = true;
+    engine->overrideSetAt = NS::Date::date();
+    type(pieces.onPicker, "1300"); // at noon
+    EXPECT_FALSE(isAwake());
+}
+
 TEST_F(SettingsWindowControllerTest, EitherPickerStoresBothTimes) {
     Prefs::d().setBool(true, Prefs::scheduleEnabled);
     const auto pieces = show();

@@ -129,6 +129,23 @@ TEST(StatusIcons, ALargerRectangleElsewhereMovesTheCupByItsOriginAlone) {
     EXPECT_EQ(picture.copy(18, 9, 36, 36), drawn({{{0, 0}, {36, 36}}, true}));
 }
 
+TEST(StatusIcons, EveryPartOfTheCupHasTheGivenColor) {
+    for (const bool filled : {false, true}) {
+        const auto image = NS::Image::imageWithSize({72, 72}, false, [filled](const NS::Rect& rect) {
+            StatusIcons::drawCup(rect, filled, StatusIcons::coffee());
+            return true;
+        });
+        const QImage picture = Linux::object<Linux::ImageNative>(image).render(1, {});
+        for (int row = 0; row < picture.height(); ++row) {
+            for (int column = 0; column < picture.width(); ++column) {
+                if (const QRgb pixel = picture.pixel(column, row); qAlpha(pixel) == 255) {
+                    ASSERT_EQ(pixel, qRgb(237, 158, 56)) << column << ", " << row;
+                }
+            }
+        }
+    }
+}
+
 TEST(StatusIcons, TheCupIsDrawnOverWhatIsThere) {
     const auto image = NS::Image::imageWithSize(one, false, [](const NS::Rect& rect) {
         auto everywhere = NS::BezierPath::bezierPathWithRoundedRect(rect, 0, 0);
