@@ -116,8 +116,8 @@ def visibility(picture):
 
 
 def colored(picture):
-    """How many pixels have a strong color: the filled cup is amber, outlines and panels are not."""
-    return sum(max(color) - min(color) > 70 for color in picture.colors())
+    """How many pixels have a strong warm color: the filled cup is amber, outlines and panels, also under a pointer, are not."""
+    return sum(color[0] - color[2] > 70 for color in picture.colors())
 
 
 def text_lines(picture):

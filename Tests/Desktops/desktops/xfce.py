@@ -40,6 +40,10 @@ POWER = """<?xml version="1.0" encoding="UTF-8"?>
 """
 NEVER = 14
 
+# Its log ends with an assertion about an object that is gone, and a segmentation fault; a client that holds nothing but its
+# inhibitor did not always do it.
+CRASHES = {"killed": "xfce4-power-manager 4.18 crashes when the program is killed, on an X server without DPMS, as this one is"}
+
 
 class Xfce(X11):
     layer = "xfce"
@@ -69,6 +73,7 @@ class Xfce(X11):
 class Saver(Xfce):
     name = "xfce"
     title = "Xfce, the X server's saver"
+    expected = CRASHES
     blank_after = 1
 
     def probes(self):
@@ -100,6 +105,7 @@ class XScreenSaver(Xfce):
 class Suspend(Xfce):
     name = "xfce-suspend"
     title = "Xfce, sleep when inactive"
+    expected = CRASHES
     sleep_after = 1
 
     def probes(self):
