@@ -27,6 +27,22 @@ TEST(StatusItemClick, AMouseUpIsJudgedByItself) {
     EXPECT_FALSE(opensMenu(Event{EventType::LeftMouseUp}, right, EventModifierFlags::Control));
 }
 
+TEST(StatusItemClick, WhatIsHeldDownIsNotAskedForAfterAMouseUp) {
+    int questions = 0;
+    const auto buttons = [&] {
+        ++questions;
+        return none;
+    };
+    const auto modifiers = [&] {
+        ++questions;
+        return EventModifierFlags::None;
+    };
+    for (const auto type : {EventType::LeftMouseUp, EventType::RightMouseUp}) {
+        StatusItemController::wantsMenu(Event{type}, buttons, modifiers);
+    }
+    EXPECT_EQ(questions, 0);
+}
+
 TEST(StatusItemClick, AnotherEventIsJudgedByWhatIsHeldDown) {
     for (const auto type : {EventType::MouseMoved, EventType::LeftMouseDown, EventType::RightMouseDown}) {
         EXPECT_TRUE(opensMenu(Event{type}, right));

@@ -14,10 +14,6 @@ using namespace std::chrono_literals;
 
 constexpr auto longestWait = 1000ms;
 
-bool isPlasma() {
-    return isCurrentDesktop("KDE");
-}
-
 } // namespace
 
 IdleInhibition::IdleInhibition()
@@ -29,7 +25,7 @@ IdleInhibition::IdleInhibition()
           // Only the suspend, by Xfce's power manager and Plasma's: the screen would go.
           {&powerManagement_, false},
           // Only what the session's own programs make of it: all on Plasma, nothing on MATE, LXQt, Xfce and weston.
-          {&login_, isPlasma()},
+          {&login_, isCurrentDesktop("KDE")},
           // All that the compositor calls idle.
           {&wayland_, true},
           // The X server's screen saver and power saving.
@@ -73,7 +69,7 @@ bool IdleInhibition::isHeld() const {
 
 // Where these hold, no program of the desktop's own acts on the X server's idle time.
 bool IdleInhibition::isIdleTimeCovered() const {
-    return sessionManager_.isGranted() || (isPlasma() && screenSaver_.isGranted());
+    return sessionManager_.isGranted() || (isCurrentDesktop("KDE") && screenSaver_.isGranted());
 }
 
 void IdleInhibition::waitForAnswer() {
