@@ -63,7 +63,7 @@ class Desktop(contextlib.AbstractContextManager):
     """What is not there, is not there: pass False for what the session lacks."""
 
     def __init__(self, *, tray=True, session_bus=True, system_bus=True, screensaver=True, logind=True,
-                 session_manager=False, power_management=False, silent_compositor=False, sway=False,
+                 session_manager=False, power_management=False, silent_compositor=False, sway=None,
                  x_extension=True, window_manager=False, language="en_GB.UTF-8", refuses=False,
                  screen="1024x768x24", tray_options=()):
         self.stack = contextlib.ExitStack()
@@ -112,7 +112,7 @@ class Desktop(contextlib.AbstractContextManager):
             if silent_compositor:
                 self._start_silent_compositor()
             if sway:
-                self._start_sway()
+                self._start_sway(sway)
             if window_manager:
                 self._start_window_manager()
             if tray:
@@ -178,18 +178,21 @@ class Desktop(contextlib.AbstractContextManager):
         listener.listen()
         self.environment["WAYLAND_DISPLAY"] = "wayland-silent"
 
-    def _start_sway(self):
-        """Beside the X server, as if that were Xwayland."""
+    def _start_sway(self, backend):
+        """Beside the X server, as if that were Xwayland. Of the backend "headless" it has one screen; of "x11" two, each in a
+        window of the X server."""
+        for name in ("UTF8_STRING", "WM_DELETE_WINDOW", "WM_PROTOCOLS", "_NET_WM_NAME"):
+            self.display.intern_atom(name)  # sway uses those that are there
         folder = pathlib.Path(self.stack.enter_context(tempfile.TemporaryDirectory(prefix="sway-")))
         configuration = folder / "config"
-        configuration.write_text("xwayland disable\noutput HEADLESS-1 resolution 800x600\n")
+        configuration.write_text("xwayland disable\noutput * resolution 800x600\n")
         command = ["sway", "-c", str(configuration)]
         if os.geteuid() == 0:  # sway refuses to run as root
             shutil.chown(folder, "nobody", "nogroup")
             shutil.chown(configuration, "nobody", "nogroup")
             command[:0] = ["setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"]
-        self.spawn(command, environment={
-            "WLR_BACKENDS": "headless", "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman",
+        self.sway = self.spawn(command, environment={
+            "WLR_BACKENDS": backend, "WLR_X11_OUTPUTS": "2", "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman",
             "XDG_RUNTIME_DIR": str(folder)})
         control = wait_for(lambda: next(folder.glob("sway-ipc.*.sock"), None), what="sway")
         wait_for((folder / "wayland-1").exists, what="sway's socket")

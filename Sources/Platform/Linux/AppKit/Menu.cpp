@@ -1,12 +1,13 @@
 #include "Platform/AppKit/Menu.h"
 
+#include "Platform/Linux/AppKit/ClickElsewhere.h"
 #include "Platform/Linux/AppKit/MenuNative.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QScreen>
-#include <QWindow>
+#include <optional>
 #include <utility>
 
 namespace Linux {
@@ -51,18 +52,6 @@ QPoint topLeft(const QMenu& menu, const QPoint& where) {
     return isLow ? where - QPoint(0, menu.sizeHint().height()) : where;
 }
 
-// Wayland's popups belong to a window, and here is none. A window of a fixed size is not tiled; it goes away when
-// another gets the keyboard.
-void becomeWindow(QMenu& menu) {
-    menu.setFixedSize(menu.sizeHint());
-    QObject::connect(qApp, &QGuiApplication::focusWindowChanged, &menu, [&menu, had = false](QWindow* focus) mutable {
-        const bool has = focus != nullptr && focus == menu.windowHandle();
-        if (std::exchange(had, has) && !has) {
-            menu.close();
-        }
-    });
-}
-
 void choose(const MenuItemNative& item) {
     if (const auto action = item.action; action && item.enabled) {
         action();
@@ -77,10 +66,14 @@ void MenuNative::popUp(const QPoint& where) const {
     for (const auto& item : items) {
         actions.push_back(addTo(menu, *item));
     }
+    std::optional<ClickElsewhere> elsewhere;
     if (QGuiApplication::platformName().startsWith(u"wayland")) {
-        becomeWindow(menu);
+        menu.setFixedSize(menu.sizeHint()); // popups belong to a window, and here is none: a window that is not tiled
+    } else {
+        elsewhere.emplace(menu);
     }
     const QAction* chosen = menu.exec(topLeft(menu, where));
+    elsewhere.reset(); // what is chosen may last
     for (std::size_t index = 0; chosen && index < actions.size(); ++index) {
         if (actions[index] == chosen) {
             choose(*std::shared_ptr<MenuItemNative>(items[index]));

@@ -13,6 +13,7 @@ import time
 
 BUTTONS = {"left": 0x110, "right": 0x111, "middle": 0x112}  # linux/input-event-codes.h
 RETURN = 28
+STEP = 8  # pixels
 
 
 def milliseconds():
@@ -39,6 +40,7 @@ class Client:
         self._sync()
         self._seat = self._bind("wl_seat", 1)
         self._make_pointer()
+        self._at = None
 
     def _send(self, target, opcode, body=b""):
         self._socket.sendall(struct.pack("<IHH", target, opcode, 8 + len(body)) + body)
@@ -103,6 +105,14 @@ class Client:
         self._sync()
 
     def move(self, x, y):
+        """As a hand does: Xwayland 22.1 puts a click elsewhere when the pointer jumped out of a window before."""
+        from_x, from_y = self._at or (x, y)
+        steps = max(abs(x - from_x), abs(y - from_y)) // STEP + 1
+        for step in range(1, steps + 1):
+            self._move(from_x + (x - from_x) * step // steps, from_y + (y - from_y) * step // steps)
+        self._at = x, y
+
+    def _move(self, x, y):
         if self._fake_input:
             self._send(self._fake_input, 9, struct.pack("<ii", x * 256, y * 256))
         else:

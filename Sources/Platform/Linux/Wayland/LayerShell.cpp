@@ -1,4 +1,4 @@
-#include "Platform/Linux/Power/LayerShell.h"
+#include "Platform/Linux/Wayland/LayerShell.h"
 
 #include <wayland-client-protocol.h>
 

@@ -13,11 +13,15 @@ extern const wl_interface surface;
 constexpr unsigned getLayerSurface = 0;
 constexpr unsigned setSize = 0;
 constexpr unsigned setAnchor = 1;
+constexpr unsigned setExclusiveZone = 2;
 constexpr unsigned ackConfigure = 6;
 constexpr unsigned destroy = 7;
 
 constexpr unsigned backgroundLayer = 0;
+constexpr unsigned topLayer = 2;
+
 constexpr unsigned topAndLeft = 1 | 4;
+constexpr unsigned allEdges = 1 | 2 | 4 | 8;
 
 /// A surface's events.
 struct Listener {
