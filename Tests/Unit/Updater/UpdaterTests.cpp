@@ -302,6 +302,19 @@ TEST_F(UpdaterTest, ABaseThatIsNoURLOrIsMissingGivesTheBuiltInOne) {
     EXPECT_EQ(Updater::baseURL().absoluteString(), "https://korvex.example");
 }
 
+TEST_F(UpdaterTest, TheBuiltInServerIsAskedEncrypted) {
+    const Seam::HTTPServer proxy; // refuses
+    setenv("https_proxy", proxy.url().c_str(), 1);
+    for (const char* exceptions : {"no_proxy", "NO_PROXY"}) {
+        unsetenv(exceptions);
+    }
+    unsetenv("KORVEX_UPDATE_BASE");
+    EXPECT_FALSE(Updater::fetchLatest());
+    ASSERT_EQ(proxy.requests().size(), 1U);
+    EXPECT_TRUE(proxy.requests()[0].head.starts_with("CONNECT korvex.example:443 "));
+    unsetenv("https_proxy");
+}
+
 // The download
 
 TEST_F(UpdaterTest, TheImageIsVerifiedAndNamedAfterItsVersion) {
@@ -575,6 +588,13 @@ TEST_F(UpdaterTest, ACopyThatFailsLeavesTheStagingFolder) {
     EXPECT_TRUE(fs::exists(temporary / "Vantorel-staged-1.1.0/Vantorel.app"));
 }
 
+TEST_F(UpdaterTest, ACopyThatCannotBeStartedLeavesTheStagingFolder) {
+    Tools::remove("ditto");
+    EXPECT_EQ(logOfCheck(false), Names());
+    EXPECT_EQ(toolsRun(), (Names{"hdiutil attach", "hdiutil detach"}));
+    EXPECT_EQ(namesIn(temporary), Names{"Vantorel-staged-1.1.0"});
+}
+
 TEST_F(UpdaterTest, AnImageThatCannotBeUnmountedIsInstalledAllTheSame) {
     Tools::install("hdiutil", R"([ $1 = attach ] && mkdir "$6" && tar -xf "$2" -C "$6")");
     EXPECT_TRUE(check());
@@ -773,6 +793,13 @@ TEST_F(UpdaterTest, AVersionThatIsAPathOrEndsEarlyLeadsNowhere) {
         EXPECT_EQ(logOfCheck(false), Names());
     }
     EXPECT_EQ(paths(), Names(2, manifestPath));
+}
+
+TEST_F(UpdaterTest, AVersionMayHoldAnythingElse) {
+    const std::string version = "2.0~beta (3), \\'x'%";
+    makeImage(infoPlist(identifier, version));
+    offer("2.0~beta (3), \\\\'x'%");
+    EXPECT_TRUE(check());
 }
 
 } // namespace
