@@ -11,7 +11,7 @@ struct ClickElsewhere::Events {
         auto& pointer = static_cast<ClickElsewhere*>(data)->pointer_;
         if (!pointer && (capabilities & WL_SEAT_CAPABILITY_POINTER) != 0) {
             pointer.reset(wl_seat_get_pointer(seat));
-            wl_pointer_add_listener(pointer.get(), &Events::pointer, data);
+            wl_pointer_add_listener(pointer.get(), &Events::pointerListener, data);
         }
     }
 
@@ -27,8 +27,8 @@ struct ClickElsewhere::Events {
     }
 
     // Later versions have more events.
-    static constexpr wl_seat_listener seat = {.capabilities = capabilities, .name = nullptr};
-    static constexpr wl_pointer_listener pointer = [] {
+    static constexpr wl_seat_listener seatListener = {.capabilities = capabilities, .name = nullptr};
+    static constexpr wl_pointer_listener pointerListener = [] {
         wl_pointer_listener listener = {};
         listener.enter = enter;
         listener.leave = leave;
@@ -55,7 +55,7 @@ void ClickElsewhere::found(std::uint32_t name, const char* interface) {
     if (!seat_) {
         connection_.bind(seat_, wl_seat_interface, name, interface);
         if (seat_) {
-            wl_seat_add_listener(seat_.get(), &Events::seat, this);
+            wl_seat_add_listener(seat_.get(), &Events::seatListener, this);
         }
     }
     Proxy<wl_output> output;
