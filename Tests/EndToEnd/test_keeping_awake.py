@@ -1,10 +1,12 @@
 """The main job: a click keeps the screen from sleeping, another lets it."""
 
+import glob
 import signal
 import time
 import unittest
 
 from desktop import REASON, Desktop, wait_for
+from statusnotifier_host import StatusNotifierHost
 
 SCREENSAVER_ENTRY = f"Vantorel|{REASON}"
 LOGIND_ENTRY = f"idle|Vantorel|{REASON}|block"
@@ -242,6 +244,29 @@ class Refusals(unittest.TestCase):
             wait_for(lambda: not desktop.logind_inhibitors(), 3)
             self.assertEqual(desktop.end(), 0)
             self.assertEqual(desktop.log(), "")
+
+    def test_buses_that_have_hung_for_minutes_are_asked_when_they_come_to(self):
+        """sd-bus gives up on a connection whose bus does not answer for 90 seconds; the program's clocks are put forward."""
+        with Desktop() as desktop:
+            clock = desktop.folder / "clock"
+            clock.write_text("+0\n")
+            [library] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
+            buses = [desktop.session_bus_process, desktop.system_bus_process]
+            for bus in buses:
+                bus.send_signal(signal.SIGSTOP)
+                self.addCleanup(bus.send_signal, signal.SIGCONT)
+            desktop.start_as_returning_user(environment={
+                "LD_PRELOAD": library, "FAKETIME_TIMESTAMP_FILE": str(clock), "FAKETIME_NO_CACHE": "1"})
+            desktop.click_cup()
+            wait_for(desktop.cup_is_filled)
+            clock.write_text("+200\n")
+            for bus in buses:
+                bus.send_signal(signal.SIGCONT)
+            self.assertEqual(wait_for(desktop.screensaver_inhibitors), [SCREENSAVER_ENTRY])
+            self.assertEqual(wait_for(desktop.logind_inhibitors), [LOGIND_ENTRY])
+            with StatusNotifierHost(env=desktop.environment) as host:
+                host.wait_for_items()
+            self.assertEqual(desktop.end(), 0)
 
     def test_buses_that_die_are_no_hindrance(self):
         with Desktop() as desktop:

@@ -2,6 +2,7 @@
 
 import glob
 import shutil
+import signal
 import time
 import unittest
 from pathlib import Path
@@ -18,21 +19,25 @@ class Schedule(unittest.TestCase):
         self.clock = self.desktop.folder / "clock"
 
     def set_clock(self, day_and_time):
+        self.write_clock(f"@{day_and_time}")
+
+    def put_forward(self, seconds):
+        self.write_clock(f"+{seconds}")
+
+    def write_clock(self, text):
         side = self.clock.with_suffix(".new")
-        side.write_text(f"@{day_and_time}\n")
+        side.write_text(f"{text}\n")
         side.rename(self.clock)
+
+    def clock_environment(self):
+        [library] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
+        return {"LD_PRELOAD": library, "FAKETIME_TIMESTAMP_FILE": str(self.clock), "FAKETIME_NO_CACHE": "1"}
 
     def start_at(self, day_and_time, zone="Europe/Berlin", command=(), **defaults):
         """Starts the program at that local time of its zone."""
         self.desktop.store(ON_AND_OFF | defaults)
         self.set_clock(day_and_time)
-        [library] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
-        environment = {
-            "LD_PRELOAD": library,
-            "FAKETIME_TIMESTAMP_FILE": str(self.clock),
-            "FAKETIME_NO_CACHE": "1",
-            "FAKETIME_DONT_FAKE_MONOTONIC": "1",
-        }
+        environment = self.clock_environment() | {"FAKETIME_DONT_FAKE_MONOTONIC": "1"}
         if zone:
             environment["TZ"] = zone
         self.desktop.start(environment=environment, command=command)
@@ -105,6 +110,28 @@ class Schedule(unittest.TestCase):
         self.set_clock("2024-05-06 20:00:00")
         self.wake()
         self.expect_off()
+
+    def test_waking_is_heard_of_after_the_bus_has_hung_for_long(self):
+        """For an hour and a half: sd-bus gives up on a connection whose bus does not answer for 90 seconds."""
+        now = time.gmtime()
+        minutes = now.tm_hour * 60 + now.tm_min
+        self.desktop.store(ON_AND_OFF | {
+            "scheduleOnMinutes": (minutes + 60) % 1440, "scheduleOffMinutes": (minutes + 120) % 1440})
+        bus = self.desktop.system_bus_process
+        bus.send_signal(signal.SIGSTOP)
+        self.addCleanup(bus.send_signal, signal.SIGCONT)
+        self.put_forward(0)
+        self.desktop.start(environment=self.clock_environment() | {"TZ": "UTC"})
+        self.desktop.cup_geometry()
+        self.put_forward(90 * 60)
+        bus.send_signal(signal.SIGCONT)
+        self.expect_still(False)
+
+        def wakes():
+            self.wake()
+            return self.desktop.cup_is_filled()
+
+        wait_for(wakes, what="the cup to be on")
 
     def test_times_that_are_slept_through_switch_nothing(self):
         self.start_at("2024-05-06 08:59:57")

@@ -8,6 +8,14 @@
 
 namespace Linux {
 
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto hang = 5s; // a bus that refuses us does so at once
+
+} // namespace
+
 bool BusConnection::open() {
     sd_bus* bus = nullptr;
     const int result = kind_ == BusKind::Session ? sd_bus_open_user(&bus) : sd_bus_open_system(&bus);
@@ -17,6 +25,8 @@ bool BusConnection::open() {
     }
     qCDebug(busLog) << purpose_ << "connects";
     bus_.reset(bus);
+    wasReady_ = false;
+    opened_ = std::chrono::steady_clock::now();
     sd_bus_set_method_call_timeout(bus, UINT64_MAX); // none: who hangs is heard when it comes to
     readable_ = notifier(QSocketNotifier::Read);
     writable_ = notifier(QSocketNotifier::Write);
@@ -43,6 +53,7 @@ void BusConnection::process() {
         result = sd_bus_process(get(), nullptr);
     } while (result > 0);
     isProcessing_ = false;
+    wasReady_ = wasReady_ || sd_bus_is_ready(get()) > 0;
     if (result < 0) {
         close(-result);
     } else {
@@ -57,7 +68,7 @@ void BusConnection::close(int error) {
         notifier->release()->deleteLater(); // it may be calling
     }
     bus_.reset();
-    lost(error);
+    lost(!wasReady_ && std::chrono::steady_clock::now() - opened_ > hang);
 }
 
 } // namespace Linux

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QSocketNotifier>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <poll.h>
@@ -30,8 +31,9 @@ public:
     /// Writes what is queued and handles all that has come; to be called after anything was sent.
     void process();
 
-    /// Called when the connection is gone, with all that was asked through it, and with the reason, as in errno.
-    std::function<void(int error)> lost;
+    /// Called when the connection is gone, with all that was asked through it. `hasHung`: the bus answered nothing for
+    /// so long that sd-bus gave up, which shows when it comes to; it may be opened again at once.
+    std::function<void(bool hasHung)> lost;
 
 private:
     struct Close {
@@ -44,6 +46,8 @@ private:
     const BusKind kind_;
     const char* const purpose_;
     bool isProcessing_ = false;
+    bool wasReady_ = false;
+    std::chrono::steady_clock::time_point opened_;
     std::unique_ptr<sd_bus, Close> bus_;
     std::unique_ptr<QSocketNotifier> readable_;
     std::unique_ptr<QSocketNotifier> writable_;

@@ -2,7 +2,6 @@
 
 #include "Platform/Linux/BusConnection.h"
 
-#include <cerrno>
 #include <memory>
 #include <utility>
 
@@ -10,13 +9,12 @@ namespace Linux {
 
 namespace {
 
-/// A connection that lasts until the bus has answered. sd-bus gives up on one that hangs for long, and says so when the
-/// bus has come to.
+/// A connection that lasts until the bus has answered.
 class BusProbe final : public QObject {
 public:
     BusProbe(QObject* owner, std::function<void()> done) : QObject(owner), done_(std::move(done)) {
-        bus_.lost = [this](int error) {
-            if (error != ETIMEDOUT || !ask()) {
+        bus_.lost = [this](bool hasHung) {
+            if (!hasHung || !ask()) {
                 deleteLater();
             }
         };
@@ -35,10 +33,10 @@ public:
 private:
     static int answered(sd_bus_message* answer, void* probe, sd_bus_error*) {
         auto& self = *static_cast<BusProbe*>(probe);
-        if (sd_bus_message_is_method_error(answer, nullptr) == 0) {
+        if (sd_bus_message_is_method_error(answer, nullptr) == 0) { // or else the connection is being lost
             QMetaObject::invokeMethod(self.parent(), self.done_, Qt::QueuedConnection);
+            self.deleteLater();
         }
-        self.deleteLater();
         return 0;
     }
 

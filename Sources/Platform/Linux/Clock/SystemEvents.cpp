@@ -47,8 +47,8 @@ std::shared_ptr<void> watchSystem(const NotificationCenter& workspaceCenter) {
 
 SystemEvents::SystemEvents(NotificationCenter workspaceCenter)
     : workspaceCenter_(std::move(workspaceCenter)), zone_(systemTimeZone().id()) {
-    bus_.lost = [this](int error) {
-        if (error == ETIMEDOUT) { // the bus hung for long and has come to
+    bus_.lost = [this](bool hasHung) {
+        if (hasHung) {
             watchServices();
         }
     };

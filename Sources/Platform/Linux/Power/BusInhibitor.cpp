@@ -1,6 +1,5 @@
 #include "Platform/Linux/Power/BusInhibitor.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <memory>
 #include <string>
@@ -65,7 +64,7 @@ const InhibitingService login = {.bus = BusKind::System,
 
 BusInhibitor::BusInhibitor(const InhibitingService& service)
     : IdleInhibitor(service.name), service_(service), bus_(service.bus, service.name) {
-    bus_.lost = [this](int error) { lost(error); };
+    bus_.lost = [this](bool hasHung) { lost(hasHung); };
 }
 
 bool BusInhibitor::connect() {
@@ -179,13 +178,13 @@ void BusInhibitor::ownerChanged(bool isThere) {
 }
 
 // With the connection went what it held, but for a descriptor.
-void BusInhibitor::lost(int error) {
+void BusInhibitor::lost(bool hasHung) {
     isAnswerDue_ = false;
     cookie_.reset();
     if (!isWanted() || descriptor_) {
         return;
     }
-    if (error == ETIMEDOUT) { // the bus hung for long and has come to
+    if (hasHung) {
         ask();
     } else {
         setState(State::Refused);

@@ -50,7 +50,7 @@ private:
     bool take(sd_bus_message* answer);
     void giveBack(std::uint32_t cookie);
     void ownerChanged(bool isThere);
-    void lost(int error);
+    void lost(bool hasHung);
 
     const InhibitingService& service_;
     BusConnection bus_;
