@@ -259,7 +259,9 @@ class Refusals(unittest.TestCase):
                 "LD_PRELOAD": library, "FAKETIME_TIMESTAMP_FILE": str(clock), "FAKETIME_NO_CACHE": "1"})
             desktop.click_cup()
             wait_for(desktop.cup_is_filled)
-            clock.write_text("+200\n")
+            later = desktop.folder / "later"
+            later.write_text("+200\n")
+            later.rename(clock)
             for bus in buses:
                 bus.send_signal(signal.SIGCONT)
             self.assertEqual(wait_for(desktop.screensaver_inhibitors), [SCREENSAVER_ENTRY])
