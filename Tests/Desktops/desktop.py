@@ -244,6 +244,11 @@ class Wayland(Desktop):
 
         self.client = wait_for(connected, "the compositor", 60)
 
+    def nudge(self):
+        """Along the panel, not across a menu, of which a line would be selected then."""
+        self.move(WIDTH // 2, self.client.at[1])
+        super().nudge()
+
     def move(self, x, y):
         self.client.move(x, y)
 

@@ -2,6 +2,7 @@
 
 import configparser
 import shutil
+import signal
 import time
 import unittest
 
@@ -125,6 +126,17 @@ class ForScreenReaders(Settings):
         self.click(LANGUAGE)
         self.keys("Up", "Return")
         wait_for(lambda: tuple(self.controls()) == PORTUGUESE_CONTROLS)
+
+    def test_they_are_there_when_the_bus_hung_at_the_start(self):
+        self.open_desktop()
+        bus = self.desktop.session_bus_process
+        bus.send_signal(signal.SIGSTOP)
+        self.addCleanup(bus.send_signal, signal.SIGCONT)
+        self.start()
+        self.desktop.cup_geometry()  # after which the start no longer waits for it
+        bus.send_signal(signal.SIGCONT)
+        self.open()
+        wait_for(lambda: tuple(self.controls()) == CONTROLS)
 
 
 class Opening(Settings):

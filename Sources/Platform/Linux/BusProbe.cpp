@@ -30,10 +30,24 @@ public:
         return true;
     }
 
+    void waitForAnswer(std::chrono::milliseconds patience) {
+        const auto end = std::chrono::steady_clock::now() + patience;
+        while (!hasAnswered_ && bus_.isOpen()) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+            if (left.count() <= 0) {
+                return;
+            }
+            auto readiness = bus_.readiness();
+            poll(&readiness, 1, static_cast<int>(left.count()));
+            bus_.process();
+        }
+    }
+
 private:
     static int answered(sd_bus_message* answer, void* probe, sd_bus_error*) {
         auto& self = *static_cast<BusProbe*>(probe);
         if (sd_bus_message_is_method_error(answer, nullptr) == 0) { // or else the connection is being lost
+            self.hasAnswered_ = true;
             QMetaObject::invokeMethod(self.parent(), self.done_, Qt::QueuedConnection);
             self.deleteLater();
         }
@@ -42,13 +56,18 @@ private:
 
     BusConnection bus_{BusKind::Session, "probe"};
     const std::function<void()> done_;
+    bool hasAnswered_ = false;
 };
 
 } // namespace
 
-bool whenSessionBusAnswers(QObject* owner, std::function<void()> done) {
+bool whenSessionBusAnswers(QObject* owner, std::function<void()> done, std::chrono::milliseconds patience) {
     auto probe = std::make_unique<BusProbe>(owner, std::move(done));
-    return probe->ask() && probe.release();
+    if (!probe->ask()) {
+        return false;
+    }
+    probe.release()->waitForAnswer(patience);
+    return true;
 }
 
 } // namespace Linux

@@ -3,12 +3,31 @@
 
 #include <QAccessible>
 #include <QGuiApplication>
+#include <chrono>
 
 namespace Linux {
 
-// What QGuiApplication::exec() does at once, and waits for a bus that hangs.
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr char busAddress[] = "AT_SPI_BUS_ADDRESS"; // what Qt uses instead of asking the session bus for it
+constexpr auto patience = 1000ms;                   // of the start, with a bus that hangs
+
+} // namespace
+
+// Qt looks for screen readers with its first window or menu, and waits for a bus that hangs. While this one does, Qt
+// gets an address where nobody is; a window that is shown then is one that screen readers never hear of.
 void meetScreenReaders() {
-    whenSessionBusAnswers(qApp, [] { QAccessible::setRootObject(qApp); });
+    if (qEnvironmentVariableIsSet(busAddress)) {
+        return;
+    }
+    qputenv(busAddress, "unix:path=/dev/null");
+    const auto meet = [] {
+        qunsetenv(busAddress);
+        QAccessible::setRootObject(qApp); // as QGuiApplication::exec() does
+    };
+    whenSessionBusAnswers(qApp, meet, patience);
 }
 
 } // namespace Linux
