@@ -247,19 +247,24 @@ class Refusals(unittest.TestCase):
 
     def test_a_session_bus_that_hangs_holds_up_no_menu_and_no_window(self):
         with Desktop(system_bus=False) as desktop:
-            desktop.session_bus_process.send_signal(signal.SIGSTOP)
-            self.addCleanup(desktop.session_bus_process.send_signal, signal.SIGCONT)
+            bus = desktop.session_bus_process
+            self.addCleanup(bus.send_signal, signal.SIGCONT)
+            bus.send_signal(signal.SIGSTOP)
             desktop.start()
             wait_for(desktop.welcome_window, 5)
             self.assertEqual(desktop.end(), 0)
-            desktop.start_as_returning_user()
-            desktop.cup_geometry()
-            for keys in (("Down", "Return"), ("Down", "Down", "Return")):
-                desktop.click_cup(button=3)
-                wait_for(desktop.windows, 3, "the menu")
-                desktop.xdotool("key", *keys)
-                wait_for(desktop.cup_is_filled, 3)
-            wait_for(desktop.windows, 3, "Settings")
+            for hangs_from_the_start in (True, False):
+                bus.send_signal(signal.SIGSTOP if hangs_from_the_start else signal.SIGCONT)
+                desktop.start_as_returning_user()
+                desktop.cup_geometry()
+                bus.send_signal(signal.SIGSTOP)
+                for keys in (("Down", "Return"), ("Down", "Down", "Return")):
+                    desktop.click_cup(button=3)
+                    wait_for(desktop.windows, 3, "the menu")
+                    desktop.xdotool("key", *keys)
+                    wait_for(desktop.cup_is_filled, 3)
+                wait_for(desktop.settings_windows, 3)
+                self.assertEqual(desktop.end(), 0)
 
     def test_buses_that_have_hung_for_minutes_are_asked_when_they_come_to(self):
         """sd-bus gives up on a connection whose bus does not answer for 90 seconds; the program's clocks are put forward."""
