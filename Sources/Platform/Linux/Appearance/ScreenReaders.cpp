@@ -12,7 +12,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr char busAddress[] = "AT_SPI_BUS_ADDRESS"; // what Qt uses instead of asking the session bus for it
-constexpr auto patience = 1000ms;                   // of the start, with a bus that hangs
+constexpr auto startPatience = 1000ms;              // of the start, with a bus that hangs
 
 } // namespace
 
@@ -27,7 +27,7 @@ void meetScreenReaders() {
         qunsetenv(busAddress);
         QAccessible::setRootObject(qApp); // as QGuiApplication::exec() does
     };
-    whenSessionBusAnswers(qApp, meet, patience);
+    whenSessionBusAnswers(qApp, meet, startPatience);
 }
 
 } // namespace Linux
