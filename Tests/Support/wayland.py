@@ -40,7 +40,7 @@ class Client:
         self._sync()
         self._seat = self._bind("wl_seat", 1)
         self._make_pointer()
-        self.at = None
+        self.at = 0, 0
 
     def _send(self, target, opcode, body=b""):
         self._socket.sendall(struct.pack("<IHH", target, opcode, 8 + len(body)) + body)
@@ -106,7 +106,7 @@ class Client:
 
     def move(self, x, y):
         """As a hand does: Xwayland 22.1 puts a click elsewhere when the pointer jumped out of a window before."""
-        from_x, from_y = self.at or (x, y)
+        from_x, from_y = self.at
         steps = max(abs(x - from_x), abs(y - from_y)) // STEP + 1
         for step in range(1, steps + 1):
             self._move(from_x + (x - from_x) * step // steps, from_y + (y - from_y) * step // steps)
