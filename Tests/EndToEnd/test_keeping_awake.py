@@ -1,11 +1,11 @@
 """The main job: a click keeps the screen from sleeping, another lets it."""
 
-import glob
 import signal
 import time
 import unittest
 
 from desktop import REASON, Desktop, wait_for
+from faked_clock import FakedClock
 from statusnotifier_host import StatusNotifierHost
 
 SCREENSAVER_ENTRY = f"Vantorel|{REASON}"
@@ -269,20 +269,15 @@ class Refusals(unittest.TestCase):
     def test_buses_that_have_hung_for_minutes_are_asked_when_they_come_to(self):
         """sd-bus gives up on a connection whose bus does not answer for 90 seconds; the program's clocks are put forward."""
         with Desktop() as desktop:
-            clock = desktop.folder / "clock"
-            clock.write_text("+0\n")
-            [library] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
+            clock = FakedClock(desktop.folder)
             buses = [desktop.session_bus_process, desktop.system_bus_process]
             for bus in buses:
                 bus.send_signal(signal.SIGSTOP)
                 self.addCleanup(bus.send_signal, signal.SIGCONT)
-            desktop.start_as_returning_user(environment={
-                "LD_PRELOAD": library, "FAKETIME_TIMESTAMP_FILE": str(clock), "FAKETIME_NO_CACHE": "1"})
+            desktop.start_as_returning_user(environment=clock.environment())
             desktop.click_cup()
             wait_for(desktop.cup_is_filled)
-            later = desktop.folder / "later"
-            later.write_text("+200\n")
-            later.rename(clock)
+            clock.put_forward(200)
             for bus in buses:
                 bus.send_signal(signal.SIGCONT)
             self.assertEqual(wait_for(desktop.screensaver_inhibitors), [SCREENSAVER_ENTRY])

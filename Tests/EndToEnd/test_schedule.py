@@ -1,6 +1,5 @@
 """The daily schedule in the program as it ships, under a clock of its own."""
 
-import glob
 import shutil
 import signal
 import time
@@ -9,6 +8,7 @@ from pathlib import Path
 
 import dbus
 from desktop import APP, Desktop, wait_for
+from faked_clock import FakedClock
 
 ON_AND_OFF = {"appLanguage": "en", "scheduleEnabled": True, "scheduleOnMinutes": 540, "scheduleOffMinutes": 1020}
 
@@ -16,28 +16,13 @@ ON_AND_OFF = {"appLanguage": "en", "scheduleEnabled": True, "scheduleOnMinutes":
 class Schedule(unittest.TestCase):
     def setUp(self):
         self.desktop = self.enterContext(Desktop())
-        self.clock = self.desktop.folder / "clock"
-
-    def set_clock(self, day_and_time):
-        self.write_clock(f"@{day_and_time}")
-
-    def put_forward(self, seconds):
-        self.write_clock(f"+{seconds}")
-
-    def write_clock(self, text):
-        side = self.clock.with_suffix(".new")
-        side.write_text(f"{text}\n")
-        side.rename(self.clock)
-
-    def clock_environment(self):
-        [library] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
-        return {"LD_PRELOAD": library, "FAKETIME_TIMESTAMP_FILE": str(self.clock), "FAKETIME_NO_CACHE": "1"}
+        self.clock = FakedClock(self.desktop.folder)
 
     def start_at(self, day_and_time, zone="Europe/Berlin", command=(), **defaults):
         """Starts the program at that local time of its zone."""
         self.desktop.store(ON_AND_OFF | defaults)
-        self.set_clock(day_and_time)
-        environment = self.clock_environment() | {"FAKETIME_DONT_FAKE_MONOTONIC": "1"}
+        self.clock.set(day_and_time)
+        environment = self.clock.environment() | {"FAKETIME_DONT_FAKE_MONOTONIC": "1"}
         if zone:
             environment["TZ"] = zone
         self.desktop.start(environment=environment, command=command)
@@ -99,7 +84,7 @@ class Schedule(unittest.TestCase):
         self.expect_on()
         self.desktop.click_cup()
         self.expect_off()
-        self.set_clock("2024-05-07 10:00:00")
+        self.clock.set("2024-05-07 10:00:00")
         self.expect_still(False)
         self.wake()
         self.expect_on()
@@ -107,7 +92,7 @@ class Schedule(unittest.TestCase):
     def test_waking_decides_by_the_present(self):
         self.start_at("2024-05-06 10:00:00")
         self.expect_on()
-        self.set_clock("2024-05-06 20:00:00")
+        self.clock.set("2024-05-06 20:00:00")
         self.wake()
         self.expect_off()
 
@@ -120,10 +105,9 @@ class Schedule(unittest.TestCase):
         bus = self.desktop.system_bus_process
         bus.send_signal(signal.SIGSTOP)
         self.addCleanup(bus.send_signal, signal.SIGCONT)
-        self.put_forward(0)
-        self.desktop.start(environment=self.clock_environment() | {"TZ": "UTC"})
+        self.desktop.start(environment=self.clock.environment() | {"TZ": "UTC"})
         self.desktop.cup_geometry()
-        self.put_forward(90 * 60)
+        self.clock.put_forward(90 * 60)
         bus.send_signal(signal.SIGCONT)
         self.expect_still(False)
 
@@ -138,10 +122,10 @@ class Schedule(unittest.TestCase):
         self.expect_off()
         self.announce_sleep(True)
         self.expect_still(False, 5)  # 09:00 comes
-        self.set_clock("2024-05-06 20:00:00")
+        self.clock.set("2024-05-06 20:00:00")
         self.announce_sleep(False)
         self.expect_still(False)
-        self.set_clock("2024-05-07 10:00:00")
+        self.clock.set("2024-05-07 10:00:00")
         self.wake()
         self.expect_on()
 
@@ -155,7 +139,7 @@ class Schedule(unittest.TestCase):
     def test_a_clock_that_is_set_decides_at_once(self):
         self.start_at("2024-05-06 10:00:00")
         self.expect_on()
-        self.set_clock("2024-05-06 20:00:00")
+        self.clock.set("2024-05-06 20:00:00")
         self.expect_still(True)
         # The kernel tells of any setting, also to the time that it is; the program then reads the clock of this test.
         time.clock_settime(time.CLOCK_REALTIME, time.clock_gettime(time.CLOCK_REALTIME))

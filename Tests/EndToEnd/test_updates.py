@@ -2,7 +2,6 @@
 
 Each case has a machine of its own and pays the twelve seconds until the first check; so they run all at once."""
 
-import glob
 import hashlib
 import json
 import os
@@ -15,6 +14,7 @@ import tempfile
 import time
 
 from desktop import APP, ROOT, wait_for
+from faked_clock import FakedClock
 from server import Server, Silence, answer, cut, in_drops
 from updates import (CHECKSUM_LINE, FIRST_CHECK, HELPER_LINE, IMAGE, MANIFEST, TOOLS, Machine, UpdateTest, helper_script,
                      manifest, put_small_bundle, run_in_parallel, tree, write_info)
@@ -326,27 +326,19 @@ class Updates(UpdateTest):
     def test_an_image_that_never_comes(self):
         """Its time-out is 300 seconds; the program's clocks are put forward meanwhile."""
         machine = self.install()
-        clock = machine.folder / "clock"
-        clock.write_text("+0\n")
+        clock = FakedClock(machine.folder)
         silence = Silence(b"HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nx")
         self.offer(image_answer=silence)
-        [library] = glob.glob("/usr/lib/*/faketime/libfaketime.so.1")
-        machine.start(LD_PRELOAD=library, FAKETIME_TIMESTAMP_FILE=str(clock), FAKETIME_NO_CACHE="1")
+        machine.start(**clock.environment())
         wait_for(lambda: silence.began, FIRST_CHECK + 20, "the request for the image")
         time.sleep(1)  # for the last byte to arrive before the clock is put forward
-        self.put_forward(clock, 290)
+        clock.put_forward(290)
         time.sleep(2)
         self.assertIsNone(silence.ended)
-        self.put_forward(clock, 301)
+        clock.put_forward(301)
         wait_for(lambda: silence.ended, 5, "the end of patience")
         time.sleep(0.5)
         self.expect_kept([MANIFEST, IMAGE])
-
-    @staticmethod
-    def put_forward(clock, seconds):
-        side = clock.with_suffix(".new")
-        side.write_text(f"+{seconds}\n")
-        side.rename(clock)
 
     # Staging
 

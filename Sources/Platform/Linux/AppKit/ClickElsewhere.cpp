@@ -52,15 +52,10 @@ void ClickElsewhere::found(std::uint32_t name, const char* interface) {
     connection_.bind(shm_, wl_shm_interface, name, interface);
     connection_.bind(shell_, LayerShell::shell, name, interface);
     connection_.bind(viewporter_, wp_viewporter_interface, name, interface);
-    if (!seat_) {
-        connection_.bind(seat_, wl_seat_interface, name, interface);
-        if (seat_) {
-            wl_seat_add_listener(seat_.get(), &Events::seatListener, this);
-        }
+    if (connection_.bind(seat_, wl_seat_interface, name, interface)) {
+        wl_seat_add_listener(seat_.get(), &Events::seatListener, this);
     }
-    Proxy<wl_output> output;
-    connection_.bind(output, wl_output_interface, name, interface);
-    if (output) {
+    if (Proxy<wl_output> output; connection_.bind(output, wl_output_interface, name, interface)) {
         screens_.push_back({.output = std::move(output)});
     }
 }

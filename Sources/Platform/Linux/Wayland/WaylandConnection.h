@@ -42,12 +42,14 @@ public:
     bool isOpen() const { return display_ != nullptr; }
     int descriptor() const { return wl_display_get_fd(display_); }
 
-    /// Takes the first global of an interface, in its first version.
+    /// Takes the first global of an interface, in its first version. Whether this was it.
     template <class T>
-    void bind(Proxy<T>& proxy, const wl_interface& known, std::uint32_t name, const char* interface) {
-        if (!proxy && std::strcmp(interface, known.name) == 0) {
-            proxy.reset(static_cast<T*>(wl_registry_bind(registry_.get(), name, &known, 1)));
+    bool bind(Proxy<T>& proxy, const wl_interface& known, std::uint32_t name, const char* interface) {
+        if (proxy || std::strcmp(interface, known.name) != 0) {
+            return false;
         }
+        proxy.reset(static_cast<T*>(wl_registry_bind(registry_.get(), name, &known, 1)));
+        return true;
     }
 
     void flush() { wl_display_flush(display_); }
